@@ -1,0 +1,22 @@
+#!/usr/bin/env bash
+# Installs what is missing, builds, and runs every test (CTest), then the engine tests again
+# under AddressSanitizer+UndefinedBehaviorSanitizer and under ThreadSanitizer.
+set -euo pipefail
+
+here=$(cd "$(dirname "$0")/.." && pwd)
+bash "$here/scripts/setup.sh" "$here/build"
+
+status=0
+ctest --test-dir "$here/build" --output-on-failure -j"$(nproc)" || status=1
+
+if [ "${TW_SKIP_SANITIZERS:-0}" != "1" ] && [ -d "$here/src/engine" ] && ls "$here"/tests/engine/*_test.cpp >/dev/null 2>&1; then
+    for san in ADDRESS THREAD; do
+        dir="$here/build-${san,,}"
+        cmake -S "$here" -B "$dir" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTW_SANITIZE_$san=ON >/dev/null
+        cmake --build "$dir" -j"$(nproc)"
+        echo "Engine tests under the ${san,,} sanitizer:"
+        ctest --test-dir "$dir" --output-on-failure -j"$(nproc)" -L engine || status=1
+    done
+fi
+
+exit $status

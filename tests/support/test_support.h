@@ -1,0 +1,57 @@
+// Test support: temporary folders, running tools and the CLI, and making clips with lavfi.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace testsupport {
+
+// A fresh folder under the system's temporary folder, deleted with everything in it at the end.
+class TempDir
+{
+public:
+    TempDir();
+    ~TempDir();
+    TempDir(const TempDir &) = delete;
+    TempDir &operator=(const TempDir &) = delete;
+
+    const std::string &path() const { return m_path; }
+    // path() + "/" + name
+    std::string file(const std::string &name) const;
+
+private:
+    std::string m_path;
+};
+
+struct RunResult
+{
+    int exitCode = -1; // exit status, or 128 + signal number
+    std::string out;   // standard output
+    std::string err;   // standard error
+};
+
+// Runs a program found on PATH with the given arguments (argv[0] is the program), without a
+// shell, and collects its output.
+RunResult RunProgram(const std::vector<std::string> &argv);
+
+// Runs the command-line front end with the given arguments.
+RunResult RunCli(const std::vector<std::string> &args);
+
+// Makes a video clip with ffmpeg from a lavfi source description, for example
+// "testsrc2=size=160x120:rate=25:duration=2". Extra output arguments go before the file name.
+// Fails the current test (ADD_FAILURE) and returns false when ffmpeg fails.
+bool MakeClip(const std::string &path, const std::string &lavfi,
+              const std::vector<std::string> &outputArgs = {"-c:v", "libx264", "-pix_fmt", "yuv420p"});
+
+// Reads a whole file; empty when it cannot be read.
+std::string ReadFile(const std::string &path);
+// Writes a whole file (binary); false on failure.
+bool WriteFile(const std::string &path, const std::string &data);
+
+// Number of processes whose command line contains marker (read from /proc).
+int CountProcessesWith(const std::string &marker);
+
+// Folder of the shared real recordings.
+std::string FootageDir();
+
+} // namespace testsupport
