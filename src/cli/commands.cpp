@@ -19,6 +19,7 @@ struct CommandEntry
 // One row per command; each command lives in its own cmd_*.cpp.
 const CommandEntry kCommands[] = {
     {"--version", RunVersion, "--version"},
+    {"project", RunProjectCommand, "project check FILE [--write OUT]"},
 };
 
 void PrintUsage(std::ostream &os)

@@ -24,6 +24,8 @@ struct CliOutput
 using CommandFn = int (*)(const std::vector<std::string> &args, CliOutput &io);
 
 int RunVersion(const std::vector<std::string> &args, CliOutput &io);
+// project check FILE [--write OUT]: reads a project file and reports what it holds.
+int RunProjectCommand(const std::vector<std::string> &args, CliOutput &io);
 
 // Parses argv and runs the named command; prints usage for unknown ones.
 int RunCommandLine(int argc, char **argv);

@@ -112,6 +112,7 @@ public:
     virtual ~CTarnwickData() = default;
 
     // Returns the instance to a fresh project; see the field comments for what survives.
+    // Takes sceneLock while it touches diff_list, so the caller must not hold it.
     void ResetProject(bool keepProjectPath);
     // Builds the window title from the project and sends it to pTitleWnd (if set).
     void UpdateTitle();
@@ -126,7 +127,8 @@ public:
     bool LoadProjectFile(const std::string &path, std::string *pError = nullptr);
 
     // Fills pts_list from a CSV of frame times, or evenly from viInput when the file is
-    // missing. True when the list is not empty, or when the file opened.
+    // missing. True when the list is not empty, or when the file opened. A missing file with
+    // viInput.fps not above 0 gives an empty list and false.
     bool LoadPtsList(const std::string &path);
 
     // Settings transfer with the 892-byte record.
@@ -187,7 +189,8 @@ public:
     CopyableMutex sceneLock;
 };
 
-// True when a CUDA driver is present and reports at least one device.
+// True when a CUDA driver is present and reports at least one device. The driver is asked
+// once per process; safe on any thread.
 bool HasCuda();
 
 // The default caption records of a new project.

@@ -1,0 +1,83 @@
+// The "project" command: reads a project file, reports its main facts and can write it anew.
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "cli/commands.h"
+#include "core/tarnwick_data.h"
+
+namespace cli {
+namespace {
+
+constexpr char kProjectUsage[] = "Usage: tarnwickmp4-cli project check FILE [--write OUT]\n";
+
+struct CheckArgs
+{
+    std::string file;
+    std::string writePath; // empty: nothing is written
+};
+
+// False on a missing FILE, a second FILE, an unknown option or "--write" without its value.
+bool ParseCheckArgs(const std::vector<std::string> &args, CheckArgs &parsed)
+{
+    bool optionsEnded = false;
+    bool haveFile = false;
+    bool haveWrite = false;
+    for (size_t i = 1; i < args.size(); ++i) {
+        const std::string &arg = args[i];
+        if (!optionsEnded && arg == "--") {
+            optionsEnded = true;
+        } else if (!optionsEnded && arg == "--write") {
+            if (haveWrite || i + 1 >= args.size() || args[i + 1].empty()) {
+                return false;
+            }
+            parsed.writePath = args[++i];
+            haveWrite = true;
+        } else if (!optionsEnded && arg.size() > 1 && arg[0] == '-') {
+            return false;
+        } else {
+            if (haveFile || arg.empty()) {
+                return false;
+            }
+            parsed.file = arg;
+            haveFile = true;
+        }
+    }
+    return haveFile;
+}
+
+void PrintFacts(const core::CTarnwickData &data, std::ostream &out)
+{
+    out << "input_file: " << data.input_file << "\n";
+    out << "output_folder: " << data.output_folder << "\n";
+    out << "output_name: " << data.output_name << "\n";
+    out << "scenes: " << data.diff_list.size() << "\n";
+    out << "threshold: " << data.threshold.strText << "\n";
+    out << "valid_min_unit: " << data.valid_min_unit.strText << "\n";
+    out << "cut_min_unit: " << data.cut_min_unit.strText << "\n";
+}
+
+} // namespace
+
+int RunProjectCommand(const std::vector<std::string> &args, CliOutput &io)
+{
+    CheckArgs parsed;
+    if (args.empty() || args[0] != "check" || !ParseCheckArgs(args, parsed)) {
+        io.err << kProjectUsage;
+        return kExitBadInput;
+    }
+    core::CTarnwickData data;
+    std::string error;
+    if (!data.LoadProjectFile(parsed.file, &error)) {
+        io.err << "tarnwickmp4-cli: " << error << "\n";
+        return kExitBadInput;
+    }
+    PrintFacts(data, io.out);
+    if (!parsed.writePath.empty() && !data.SaveProjectFile(parsed.writePath, &error)) {
+        io.err << "tarnwickmp4-cli: " << error << "\n";
+        return kExitFailed;
+    }
+    return kExitOk;
+}
+
+} // namespace cli

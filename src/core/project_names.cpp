@@ -1,0 +1,42 @@
+// Names that a project derives from its input file: segments, project file, outputs.
+#include "core/project_names.h"
+
+#include "core/helpers.h"
+
+namespace core {
+
+std::string SegmentStem(const CTarnwickData &data)
+{
+    return data.output_folder + ReplaceExtension(FileNamePart(data.input_file), "_seg_");
+}
+
+std::string SegmentPath(const CTarnwickData &data, int first, int last)
+{
+    return SegmentStem(data) + StrPrintf("%d_%d.mp4", first, last);
+}
+
+std::string SegmentPattern(const CTarnwickData &data)
+{
+    return SegmentStem(data) + "*.mp4";
+}
+
+void DeriveProjectNames(CTarnwickData &data, const std::string &path)
+{
+    data.input_file = path;
+    const std::string base = FileNamePart(path);
+    if (data.project_file.empty()) {
+        data.project_file = path + ".twproj";
+    }
+    if (data.output_folder.empty()) {
+        data.output_folder = SetTrailingSeparator(path + "_out", true);
+    }
+    if (data.output_name.empty()) {
+        data.output_name = ReplaceExtension(base, "_trim.mp4");
+    }
+    data.pts_file = data.output_folder + ReplaceExtension(base, "_pts.csv");
+    if (data.capTitle.caption.empty()) {
+        data.capTitle.caption = StrPrintf("{\\fad(500,500)}%s", base.c_str());
+    }
+}
+
+} // namespace core
