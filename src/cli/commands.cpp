@@ -20,6 +20,7 @@ struct CommandEntry
 const CommandEntry kCommands[] = {
     {"--version", RunVersion, "--version"},
     {"project", RunProjectCommand, "project check FILE [--write OUT]"},
+    {"probe", RunProbe, "probe FILE [--kind N]"},
 };
 
 void PrintUsage(std::ostream &os)

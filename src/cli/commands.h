@@ -26,6 +26,9 @@ using CommandFn = int (*)(const std::vector<std::string> &args, CliOutput &io);
 int RunVersion(const std::vector<std::string> &args, CliOutput &io);
 // project check FILE [--write OUT]: reads a project file and reports what it holds.
 int RunProjectCommand(const std::vector<std::string> &args, CliOutput &io);
+// probe FILE [--kind N]: the stream facts of FILE as one JSON object, or with --kind N (1 to 5)
+// ffprobe's JSON text of that kind. Ctrl-C stops it (exit 130).
+int RunProbe(const std::vector<std::string> &args, CliOutput &io);
 
 // Parses argv and runs the named command; prints usage for unknown ones.
 int RunCommandLine(int argc, char **argv);

@@ -1,0 +1,174 @@
+// tarnwickmp4-cli probe: the stream facts of a file as JSON, or ffprobe's own JSON by kind.
+#include "cli/commands.h"
+
+#include <filesystem>
+#include <optional>
+#include <ostream>
+#include <sstream>
+
+#include <nlohmann/json.hpp>
+#include <unistd.h>
+
+#include "cli/signal_stop.h"
+#include "core/language.h"
+#include "core/tarnwick_data.h"
+#include "engine/headless_host.h"
+#include "engine/tarnwick_process.h"
+
+namespace cli {
+namespace {
+
+// A job number that only the command line uses: the probe runs as a job, so that a stop
+// reaches it the way a tab's stop reaches any job.
+constexpr int kProbeJob = 9001;
+constexpr const char *kProbeUsage = "probe FILE [--kind N]   (N from 1 to 5)";
+
+struct ProbeArgs
+{
+    std::string file;
+    int kind = 0; // 0: the stream facts; 1 to 5: ffprobe's text
+};
+
+std::optional<ProbeArgs> ParseProbeArgs(const std::vector<std::string> &args)
+{
+    ProbeArgs parsed;
+    for (size_t i = 0; i < args.size(); ++i) {
+        if (args[i] == "--kind") {
+            if (i + 1 >= args.size() || args[i + 1].size() != 1 || args[i + 1][0] < '1' ||
+                args[i + 1][0] > '5' || parsed.kind != 0) {
+                return std::nullopt;
+            }
+            parsed.kind = args[++i][0] - '0';
+        } else if (parsed.file.empty() && !args[i].empty()) {
+            parsed.file = args[i];
+        } else {
+            return std::nullopt;
+        }
+    }
+    if (parsed.file.empty()) {
+        return std::nullopt;
+    }
+    return parsed;
+}
+
+// Why the file cannot be probed before any tool runs; empty when it can.
+std::string CheckFile(const std::string &file)
+{
+    std::error_code ec;
+    if (!std::filesystem::exists(file, ec)) {
+        return "does not exist";
+    }
+    if (std::filesystem::is_directory(file, ec) || access(file.c_str(), R_OK) != 0) {
+        return "is not a readable file";
+    }
+    return "";
+}
+
+// The lines of ffprobe's error output, without the JSON around them.
+std::string ToolReason(const std::string &text)
+{
+    std::istringstream in(text);
+    std::string line;
+    std::string reason;
+    while (std::getline(in, line)) {
+        if (line.empty() || line[0] == '{' || line[0] == '}' || line[0] == ' ') {
+            continue;
+        }
+        reason += (reason.empty() ? "" : "; ") + line;
+    }
+    return reason;
+}
+
+std::string FactsJson(const core::VideoInfo &info)
+{
+    nlohmann::ordered_json j;
+    j["r_frame_rate"] = info.r_frame_rate;
+    j["fps"] = info.fps;
+    j["frame_num"] = info.frame_num;
+    j["width"] = info.width;
+    j["height"] = info.height;
+    j["rotation"] = info.rotation;
+    j["start_frame"] = info.start_frame;
+    j["field_order"] = info.field_order;
+    j["sar_num"] = info.sar_num;
+    j["sar_den"] = info.sar_den;
+    j["has_audio"] = info.bHasAudio;
+    return j.dump(4);
+}
+
+// Runs fn as a job of a headless engine and pumps its messages until it ends or a signal
+// asks for a stop. Returns false when stopped.
+bool RunAsJob(engine::CTarnwickProcess &engine,
+              engine::HeadlessHost &host,
+              const engine::CTarnwickProcess::JobFunction &fn)
+{
+    engine.SetJobFunction(kProbeJob, 0, fn);
+    SignalStop stop([&host] { host.Loop().Wake(); });
+    engine.StartThread(kProbeJob);
+    host.Loop().RunUntil([&] { return !engine.bThreadRunning || stop.StopRequested(); });
+    if (stop.StopRequested()) {
+        engine.CancelProcess();
+        return false;
+    }
+    return true;
+}
+
+} // namespace
+
+int RunProbe(const std::vector<std::string> &args, CliOutput &io)
+{
+    std::optional<ProbeArgs> parsed = ParseProbeArgs(args);
+    if (!parsed) {
+        io.err << "Usage: tarnwickmp4-cli " << kProbeUsage << "\n";
+        return kExitBadInput;
+    }
+    const std::string &file = parsed->file;
+    std::string problem = CheckFile(file);
+    if (!problem.empty()) {
+        io.err << "tarnwickmp4-cli probe: " << file << ": " << problem << "\n";
+        return kExitFailed;
+    }
+    core::CTarnwickData data;
+    engine::HeadlessHost host;
+    engine::CTarnwickProcess engine;
+    engine.pData = &data;
+    engine.pHostDlg = &host;
+    std::string failure; // text of the last failed state, such as a start failure
+    host.Tab(0).SetOnMessage([&failure](const engine::JobMessage &msg) {
+        if (msg.id == engine::AppMessage::WM_APP_JOB_STATE && msg.wParam == core::kStateFailed &&
+            msg.text) {
+            failure = *msg.text;
+        }
+    });
+    core::VideoInfo info;
+    std::string text;
+    int kind = parsed->kind;
+    bool finished = RunAsJob(engine, host, [&](int) {
+        return kind != 0 ? engine.RunFfprobeJson(file, text, kind)
+                         : engine.GetVideoInfoFfprobe(file, info);
+    });
+    if (!finished) {
+        io.err << "tarnwickmp4-cli probe: " << file << ": stopped\n";
+        return kExitStopped;
+    }
+    int result = engine.nProcessExitCode;
+    if (result == 0) {
+        io.out << (kind != 0 ? text : FactsJson(info) + "\n");
+        return kExitOk;
+    }
+    if (result == -1 && kind == 0) {
+        io.err << "tarnwickmp4-cli probe: " << file << ": has no video stream\n";
+        return kExitFailed;
+    }
+    std::string reason = failure;
+    if (reason.empty()) {
+        std::string errors;
+        RunAsJob(engine, host, [&](int) { return engine.RunFfprobeJson(file, errors, 0); });
+        reason = ToolReason(errors);
+    }
+    io.err << "tarnwickmp4-cli probe: " << file << ": probe failed"
+           << (reason.empty() ? "" : ": " + reason) << "\n";
+    return kExitFailed;
+}
+
+} // namespace cli

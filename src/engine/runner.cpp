@@ -1,0 +1,152 @@
+// The child-process runner: starting a tool, reading its output, progress and playback
+// position from its status text, the stop, and the report of its exit code.
+#include "engine/tarnwick_process.h"
+
+#include <cerrno>
+
+#include "core/app_log.h"
+#include "core/helpers.h"
+#include "core/language.h"
+#include "engine/status_parser.h"
+
+namespace engine {
+namespace {
+
+// Chunks are read 4095 bytes at a time into a buffer of 4096 and closed with a zero.
+constexpr long kChunkRead = 4095;
+constexpr long kChunkBuffer = 4096;
+// The collected text of ExecuteCmd without a caller's string stays bounded.
+constexpr size_t kTextLimit = 8192;
+constexpr size_t kTextKeep = 4096;
+
+// The player's window must be an X11 window, so that the tab can find and embed it.
+std::vector<std::string> ToolEnvironment(const std::string &command)
+{
+    std::vector<std::string> args = SplitCommandText(command);
+    if (!args.empty() && args[0] == "ffplay") {
+        return {"SDL_VIDEODRIVER=x11"};
+    }
+    return {};
+}
+
+} // namespace
+
+int CTarnwickProcess::StartChildProcess(const std::string &command, ChildProcess &child)
+{
+    child.SetExtraEnvironment(ToolEnvironment(command));
+    if (child.Start(command) == 0) {
+        return 0;
+    }
+    unsigned long error = static_cast<unsigned long>(errno);
+    SendJobState(core::kStateFailed, core::StrPrintf("CreateProcess failed with error %lu", error));
+    return kJobCannotStart;
+}
+
+int CTarnwickProcess::ExecuteCmd(const std::string &command, std::string *pOutput)
+{
+    ChildProcess child;
+    int result = StartChildProcess(command, child);
+    if (result != 0) {
+        LogCommandResult("CTarnwickProcess::ExecuteCmd", __LINE__, command, result);
+        return result;
+    }
+    std::string local;
+    std::string &text = pOutput != nullptr ? *pOutput : local;
+    char chunk[kChunkBuffer];
+    for (;;) {
+        long n = child.Read(chunk, kChunkRead);
+        if (n <= 0) {
+            break;
+        }
+        chunk[n] = '\0';
+        text += ChunkText(chunk, n);
+        if (pOutput == nullptr && local.size() > kTextLimit) {
+            local.erase(0, local.size() - kTextKeep);
+        }
+        if (bCancel != 0) {
+            child.Kill(kJobStopped); // read on until the pipe ends
+        }
+    }
+    int exitCode = child.Wait();
+    LogCommandResult("CTarnwickProcess::ExecuteCmd", __LINE__, command, exitCode);
+    return exitCode;
+}
+
+int CTarnwickProcess::ExecuteCmdWithProgress(bool bPlayback,
+                                             const std::string &command,
+                                             int nTotal,
+                                             int nBase,
+                                             const std::string & /*unused*/)
+{
+    const char *function = "CTarnwickProcess::ExecuteCmdWithProgress";
+    if (nTotal < 1) {
+        SendJobState(core::kStateFailed, core::StrPrintf("TotalFrame(%d)", nTotal));
+        core::Log("%s(%d) [NG:%d] %s\n", function, __LINE__, kJobCannotStart, command.c_str());
+        return kJobCannotStart;
+    }
+    ChildProcess child;
+    int result = StartChildProcess(command, child);
+    if (result != 0) {
+        LogCommandResult(function, __LINE__, command, result);
+        return result;
+    }
+    hProcess = child.Pid();
+    if (bPlayback) {
+        PostToTab(AppMessage::WM_APP_PLAYER_READY, 0, 0);
+    }
+    double fps = pData != nullptr ? pData->viCurrent.fps : 0.0;
+    int startFrame = pData != nullptr ? pData->viCurrent.start_frame : 0;
+    StatusParser parser(bPlayback, fps, startFrame);
+    char chunk[kChunkBuffer];
+    for (;;) {
+        long n = child.Read(chunk, kChunkRead);
+        if (n <= 0) {
+            break;
+        }
+        chunk[n] = '\0';
+        for (const StatusMatch &match : parser.Feed(ChunkText(chunk, n))) {
+            ReportStatus(bPlayback, match, nTotal, nBase, fps);
+        }
+        if (bCancel != 0) {
+            child.Kill(kJobStopped);
+        }
+    }
+    int exitCode = child.Wait();
+    hProcess = 0;
+    ReportStepEnd(bPlayback, exitCode);
+    LogCommandResult(function, __LINE__, command, exitCode);
+    return exitCode;
+}
+
+void CTarnwickProcess::ReportStatus(
+    bool bPlayback, const StatusMatch &match, int nTotal, int nBase, double fps)
+{
+    if (!bPlayback) {
+        PostToTab(AppMessage::WM_APP_PROGRESS, nTotal, match.frame + nBase);
+        return;
+    }
+    PlaybackPosition pos = PlaybackPositionOf(match.frame, match.capture, nTotal, fps);
+    nPreviewFrame = pos.nPreviewFrame;
+    strPreviewTime = pos.strPreviewTime;
+    EngineTab *tab = CurrentTab();
+    if (tab != nullptr && !tab->IsPositionDrag()) {
+        PostToTab(AppMessage::WM_APP_POSITION, match.frame, nTotal);
+    }
+}
+
+void CTarnwickProcess::ReportStepEnd(bool bPlayback, int exitCode)
+{
+    if (bPlayback) {
+        if (EngineTab *tab = CurrentTab()) {
+            tab->SetPreviewRepaint(true);
+        }
+    }
+    // A normal end of playback also reads "Stopped": the player stopped, nothing went wrong.
+    if (exitCode == kJobStopped || (exitCode == kJobOk && bPlayback)) {
+        SendJobState(core::kStateStopped);
+    } else if (exitCode != kJobOk) {
+        SendJobState(core::kStateFailed, core::StrPrintf("ExitCode(%d)", exitCode));
+    }
+}
+
+} // namespace engine

@@ -1,0 +1,119 @@
+// Reading the status text of a running tool: the pattern search over the carried buffer.
+#include "engine/status_parser.h"
+
+#include <algorithm>
+#include <charconv>
+#include <climits>
+#include <cmath>
+#include <cstring>
+#include <locale>
+
+#include "core/helpers.h"
+
+namespace engine {
+namespace {
+
+constexpr size_t kBufferLimit = 8192;
+constexpr size_t kBufferKeep = 4096;
+
+// libstdc++'s ctype<char>::narrow fills a cache entry the first time it meets a character, and
+// the pattern compiler calls it: two threads compiling at once would both write the cache.
+// Filling it once, before the first pattern of the program is compiled, leaves only reads.
+const std::locale &FilledLocale()
+{
+    static const std::locale locale = [] {
+        std::locale current;
+        const auto &ctype = std::use_facet<std::ctype<char>>(current);
+        for (int c = 0; c < 256; ++c) {
+            ctype.narrow(static_cast<char>(c), '\0');
+        }
+        return current;
+    }();
+    return locale;
+}
+
+std::regex CompilePattern(bool bPlayback)
+{
+    std::regex pattern;
+    pattern.imbue(FilledLocale());
+    pattern.assign(bPlayback ? kPlaybackPattern : kProgressPattern, std::regex::ECMAScript);
+    return pattern;
+}
+
+} // namespace
+
+std::string ChunkText(const char *chunk, long size)
+{
+    if (size <= 0) {
+        return {};
+    }
+    return std::string(chunk, strnlen(chunk, static_cast<size_t>(size)));
+}
+
+std::optional<int>
+FrameOfCapture(const std::string &capture, bool bPlayback, double fps, int startFrame)
+{
+    const char *first = capture.data();
+    const char *last = first + capture.size();
+    if (!bPlayback) {
+        int value = 0;
+        auto [ptr, ec] = std::from_chars(first, last, value);
+        if (ec != std::errc() || ptr == first) {
+            return std::nullopt;
+        }
+        return value;
+    }
+    double seconds = 0.0;
+    auto [ptr, ec] = std::from_chars(first, last, seconds);
+    if (ec != std::errc() || ptr == first) {
+        return std::nullopt;
+    }
+    double frame = std::round(seconds * fps) - static_cast<double>(startFrame);
+    if (!(frame >= static_cast<double>(INT_MIN) && frame <= static_cast<double>(INT_MAX))) {
+        return std::nullopt;
+    }
+    return static_cast<int>(frame);
+}
+
+PlaybackPosition PlaybackPositionOf(int frame, const std::string &capture, int nTotal, double fps)
+{
+    PlaybackPosition pos;
+    pos.nPreviewFrame = std::min(frame, nTotal - 1);
+    if (pos.nPreviewFrame < nTotal - 1) {
+        pos.strPreviewTime = capture;
+    } else {
+        double seconds = fps > 0.0 ? pos.nPreviewFrame / fps : 0.0;
+        pos.strPreviewTime = core::StrPrintf("%.6f", seconds);
+    }
+    return pos;
+}
+
+StatusParser::StatusParser(bool bPlayback, double fps, int startFrame)
+    : m_pattern(CompilePattern(bPlayback))
+    , m_bPlayback(bPlayback)
+    , m_fps(fps)
+    , m_startFrame(startFrame)
+{
+}
+
+std::vector<StatusMatch> StatusParser::Feed(const std::string &chunkText)
+{
+    std::vector<StatusMatch> reports;
+    m_buffer += chunkText;
+    std::smatch match;
+    while (std::regex_search(m_buffer, match, m_pattern)) {
+        std::string capture = match[1].str();
+        std::optional<int> frame = FrameOfCapture(capture, m_bPlayback, m_fps, m_startFrame);
+        if (frame && *frame != m_last) {
+            m_last = *frame;
+            reports.push_back(StatusMatch{*frame, capture});
+        }
+        m_buffer = match.suffix().str();
+    }
+    if (m_buffer.size() > kBufferLimit) {
+        m_buffer.erase(0, m_buffer.size() - kBufferKeep);
+    }
+    return reports;
+}
+
+} // namespace engine

@@ -1,0 +1,188 @@
+// The job dispatcher: starting a job on the worker thread, its end, the stop, and the reports
+// to the current tab.
+#include "engine/tarnwick_process.h"
+
+#include <chrono>
+
+#include "core/app_log.h"
+#include "core/helpers.h"
+#include "core/language.h"
+
+namespace engine {
+
+std::atomic<bool> bCancelling{false};
+
+bool IsRenderJobNumber(int nJob)
+{
+    return nJob == kJobFinalOutput || nJob == kJobSegmentOutput || nJob == kJobSceneExtract ||
+           nJob == kJobExtractAndOutput || nJob == kJobInputAnalysis;
+}
+
+bool IsPlaybackJobNumber(int nJob)
+{
+    return nJob == kJobPlayInput || nJob == kJobPlayOutput || nJob == kJobPlayScenes;
+}
+
+CTarnwickProcess::CTarnwickProcess()
+{
+    InstallJobTable();
+}
+
+CTarnwickProcess::~CTarnwickProcess()
+{
+    if (workerThread.joinable()) {
+        if (workerThread.get_id() == std::this_thread::get_id()) {
+            core::Log("%s(%d) destroyed on its own job thread\n",
+                      "CTarnwickProcess::~CTarnwickProcess",
+                      __LINE__);
+            std::terminate();
+        }
+        workerThread.join();
+    }
+    if (queueThread.joinable()) {
+        {
+            std::lock_guard<std::mutex> lock(queueMutex);
+            quit = true;
+        }
+        queueCondition.notify_all();
+        queueThread.join();
+    }
+}
+
+int CTarnwickProcess::StartThread(int nJob)
+{
+    if (bThreadRunning) {
+        return 0;
+    }
+    if (workerThread.joinable()) {
+        workerThread.join(); // it has finished or is about to: bThreadRunning is clear
+    }
+    nProcessID = nJob;
+    if ((nPlayJob != 0 && nPlayJob != nJob) || IsRenderJobNumber(nJob)) {
+        nPreviewFrame = 0;
+        strPreviewTime = "0";
+    }
+    bThreadRunning.exchange(true); // before the thread exists: a tab that looks sees the job
+    workerThread = std::thread([this, nJob] { RunJob(nJob); });
+    return 1;
+}
+
+void CTarnwickProcess::RunJob(int nJob)
+{
+    nProcessExitCode = kJobOk;
+    nProcessExitCode = RunJobRow(nJob, true);
+    nProcessID = 0;
+    SendToTab(AppMessage::WM_APP_PROCESS_FINISHED, nJob, nProcessExitCode);
+    bThreadRunning.exchange(false);
+}
+
+void CTarnwickProcess::CancelProcess()
+{
+    if (!bThreadRunning || bCancelling || bSelectingScene) {
+        return;
+    }
+    std::string what = core::StrPrintf(
+        "nProcessID(%d), hProcess(%d)", nProcessID.load(), static_cast<int>(hProcess.load()));
+    core::Log("%s(%d) Start %s, bThreadRunning(%d)\n",
+              "CTarnwickProcess::CancelProcess",
+              __LINE__,
+              what.c_str(),
+              bThreadRunning ? 1 : 0);
+    if (bCancelling.exchange(true)) {
+        return; // another stop began meanwhile
+    }
+    while (bThreadRunning) {
+        EngineTab *tab = CurrentTab();
+        if (bCancel == 0) {
+            // The picture is taken before the player dies, and only once.
+            if (IsPlaybackJobNumber(nProcessID) && tab != nullptr) {
+                tab->CaptureFfplayWindow();
+                tab->SetPreviewRepaint(false);
+            }
+            bCancel = 1;
+        }
+        // The job may be waiting in a blocking send: keep the messages flowing.
+        if (tab != nullptr) {
+            tab->Sink().PumpMessages();
+        }
+        if (!bThreadRunning) {
+            break;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    core::Log("%s(%d) End %s, bThreadRunning(%d)\n",
+              "CTarnwickProcess::CancelProcess",
+              __LINE__,
+              what.c_str(),
+              bThreadRunning ? 1 : 0);
+    bCancel = 0;
+    bCancelling = false;
+}
+
+bool CTarnwickProcess::IsRenderJob() const
+{
+    return IsRenderJobNumber(nProcessID);
+}
+
+void CTarnwickProcess::LogCommandResult(const char *function,
+                                        int position,
+                                        const std::string &command,
+                                        int exitCode)
+{
+    if (exitCode == kJobOk) {
+        core::Log("%s(%d) %s\n", function, position, command.c_str());
+    } else if (exitCode == kJobStopped) {
+        core::Log("%s(%d) [CANCEL] %s\n", function, position, command.c_str());
+    } else {
+        core::Log("%s(%d) [NG:%d] %s\n", function, position, exitCode, command.c_str());
+    }
+}
+
+EngineTab *CTarnwickProcess::CurrentTab() const
+{
+    return pHostDlg != nullptr ? pHostDlg->CurrentTab() : nullptr;
+}
+
+void CTarnwickProcess::SendToTab(AppMessage id,
+                                 int64_t wParam,
+                                 int64_t lParam,
+                                 std::optional<std::string> text)
+{
+    if (EngineTab *tab = CurrentTab()) {
+        tab->Sink().Send(JobMessage{id, wParam, lParam, std::move(text)});
+    }
+}
+
+void CTarnwickProcess::PostToTab(AppMessage id, int64_t wParam, int64_t lParam)
+{
+    if (EngineTab *tab = CurrentTab()) {
+        tab->Sink().Post(JobMessage{id, wParam, lParam, std::nullopt});
+    }
+}
+
+void CTarnwickProcess::SendJobState(int nState, std::optional<std::string> text)
+{
+    SendToTab(AppMessage::WM_APP_JOB_STATE, nState, 0, std::move(text));
+}
+
+void CTarnwickProcess::SendStageBegin(int nStage, int nTotal)
+{
+    SendToTab(AppMessage::WM_APP_STAGE_BEGIN, 0, nTotal, core::StageName(nStage));
+}
+
+std::string CTarnwickProcess::SourcePath() const
+{
+    return pData->input_mp4_file.empty() ? pData->input_file : pData->input_mp4_file;
+}
+
+std::string CTarnwickProcess::OutputPath() const
+{
+    return pData->GetOutputPath();
+}
+
+int CTarnwickProcess::ThresholdArgument() const
+{
+    return static_cast<int>(pData->threshold.dValue) * 100;
+}
+
+} // namespace engine

@@ -1,0 +1,223 @@
+// The job engine: numbered jobs on a worker thread, the media tools as child processes, and
+// reports to the current tab through job messages.
+#pragma once
+
+#include <atomic>
+#include <condition_variable>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+#include <utility>
+
+#include <sys/types.h>
+
+#include "core/tarnwick_data.h"
+#include "engine/child_process.h"
+#include "engine/engine_host.h"
+#include "engine/guarded_value.h"
+#include "engine/job_messages.h"
+
+namespace engine {
+
+struct StatusMatch;
+
+// Results of every job and job step. Any other value is the exit code of the failing tool.
+inline constexpr int kJobOk = 0;
+inline constexpr int kJobCannotStart = -1; // could not start, runner refused, nothing to do
+inline constexpr int kJobStopped = -2;     // stopped by the user
+
+// Job numbers: the ids of the tabs' command buttons.
+inline constexpr int kJobFinalOutput = 1006;
+inline constexpr int kJobPlayInput = 1027;
+inline constexpr int kJobPlayOutput = 1028;
+inline constexpr int kJobPlayScenes = 1029;
+inline constexpr int kJobSegmentOutput = 1052;
+inline constexpr int kJobSceneExtract = 1053;
+inline constexpr int kJobExtractAndOutput = 1057;
+inline constexpr int kJobInputAnalysis = 1101;
+
+// 1006, 1052, 1053, 1057, 1101.
+bool IsRenderJobNumber(int nJob);
+// 1027, 1028, 1029.
+bool IsPlaybackJobNumber(int nJob);
+
+// Set while a CancelProcess runs, on either engine: at most one runs at a time in the program.
+extern std::atomic<bool> bCancelling;
+
+// A still picture asked for and not yet taken by the preview thread.
+struct PreviewRequest
+{
+    EngineTab *hTarget = nullptr; // the tab that asked, current at the moment of the request
+    int nScene = -1;              // scene for the caption, -1 for list_idx
+    bool bVf = false;             // apply the picture chain
+    std::string strTime;          // time text for -ss
+    std::string strFile;          // file to read
+};
+
+// One engine per tab, living as long as the tab. The tab starts jobs and asks for stops on
+// its user-interface thread; each job runs on the engine's worker thread and reports through
+// the job messages of the tab that is current when it reports (pHostDlg->CurrentTab()).
+// Neither copyable nor movable: job functions and threads hold its address.
+class CTarnwickProcess
+{
+public:
+    // A job function: runs on the worker thread with the job number, returns the job result.
+    using JobFunction = std::function<int(int nJob)>;
+
+    CTarnwickProcess();
+    // Joins the worker thread and stops the check-queue thread. Stop a running job first
+    // (CancelProcess): its thread may be waiting for the user-interface thread. Destroying
+    // the engine on its own worker thread ends the program.
+    virtual ~CTarnwickProcess();
+    CTarnwickProcess(const CTarnwickProcess &) = delete;
+    CTarnwickProcess &operator=(const CTarnwickProcess &) = delete;
+
+    // ---- Dispatcher ----
+
+    // User-interface thread. Starts job nJob on a new worker thread: 1 when started, 0 when a
+    // job still runs (nothing else happens then). Never waits for a running job.
+    int StartThread(int nJob);
+    // User-interface thread or a tab's helper thread. Stops the running job and returns when
+    // its thread has ended, handling the current tab's messages meanwhile. Returns at once
+    // when no job runs, when a stop runs already (on either engine), or while job 1029 is
+    // choosing its scene.
+    void CancelProcess();
+    // The running job (nProcessID) is 1006, 1052, 1053, 1057 or 1101.
+    bool IsRenderJob() const;
+    // The result line of a tool command in the log: "%s(%d) %s\n", "%s(%d) [CANCEL] %s\n"
+    // for -2, "%s(%d) [NG:%d] %s\n" for any other non-zero code. position tells call sites
+    // apart. Any thread.
+    static void
+    LogCommandResult(const char *function, int position, const std::string &command, int exitCode);
+
+    // The job table. The function that runs job nJob on the tab with the given bMergeMode
+    // (0 scene tab, 1 merge tab). Called while no job runs. A row replaces an earlier one.
+    void SetJobFunction(int nJob, int nMergeMode, JobFunction fn);
+    // The playback branch: runs every job number that has no row of its own.
+    void SetPlaybackFunction(int nMergeMode, JobFunction fn);
+
+    // ---- Runner: the one way to the tools ----
+
+    // Starts the command (the tool is found on PATH). 0 when it runs; -1 when it could not
+    // be started, after WM_APP_JOB_STATE with state 3 and "CreateProcess failed with error %lu"
+    // (the errno). Any thread; the child belongs to the calling thread, which must read it
+    // and wait for it.
+    int StartChildProcess(const std::string &command, ChildProcess &child);
+    // Runs a short command to its end. pOutput, when given, receives everything the tool
+    // wrote. Returns the exit code, -1 when it could not start, -2 when stopped (bCancel).
+    // Logs the result, sends nothing else. Any thread, any number at once.
+    int ExecuteCmd(const std::string &command, std::string *pOutput = nullptr);
+    // Runs the one long step of a job. Without bPlayback: posts WM_APP_PROGRESS with nTotal and
+    // the tool's frame number + nBase. With bPlayback: follows the showinfo times into
+    // nPreviewFrame/strPreviewTime and posts WM_APP_POSITION. Refuses with -1 when nTotal is
+    // below 1. Reports state 5 for a stop and for any end of playback, state 3 with
+    // "ExitCode(%d)" for a failure. Returns the exit code. Worker thread only. The last
+    // argument is not read.
+    int ExecuteCmdWithProgress(bool bPlayback,
+                               const std::string &command,
+                               int nTotal,
+                               int nBase,
+                               const std::string &unused = {});
+
+    // ---- Stream facts ----
+
+    // Probes path into info (reset first): 0; 1 when the tool failed or was stopped; -1 when
+    // its output held no video stream. Any thread.
+    int GetVideoInfoFfprobe(const std::string &path, core::VideoInfo &info);
+    // Reads ffprobe's JSON text of path into info: true when a video stream was read. Counts
+    // the frames with GetNbFrame when the text has no "nb_frames" (see ProbeVideoText).
+    bool ProbeVideoJson(const std::string &text, const std::string &path, core::VideoInfo &info);
+    // Counts the frames of path by decoding it at a hundredth of info's size per side. The
+    // count so far, also after a stop; 0 when the tool cannot start.
+    int GetNbFrame(const std::string &path, const core::VideoInfo &info);
+    // Probes path into viCurrent (and viInput/viSource when it is the input) and makes it the
+    // preview file. The probe's result; nothing changes unless 0.
+    int OpenVideoFile(const std::string &path);
+    // OpenVideoFile, then WM_APP_INPUT_INFO (unless bQuiet) and WM_APP_POSITION.
+    int ReloadVideoInfo(const std::string &path, bool bQuiet);
+    // frame_num of path; 0 when the probe fails.
+    int GetFrameCount(const std::string &path);
+    // ffprobe's JSON text of path in one of the fixed modes (1 to 5; any other number gives
+    // the first video stream with errors shown). 0, or 1 when the tool failed.
+    int RunFfprobeJson(const std::string &path, std::string &text, int mode);
+
+    // ---- Reports and paths of a job ----
+
+    // The tab that gets reports now; null without a host.
+    EngineTab *CurrentTab() const;
+    // Blocking and queued messages to the current tab; dropped without a host.
+    void SendToTab(AppMessage id,
+                   int64_t wParam,
+                   int64_t lParam,
+                   std::optional<std::string> text = std::nullopt);
+    void PostToTab(AppMessage id, int64_t wParam, int64_t lParam);
+    // WM_APP_JOB_STATE with a state index (core::kState...) and an optional text.
+    void SendJobState(int nState, std::optional<std::string> text = std::nullopt);
+    // WM_APP_STAGE_BEGIN with the stage name of nStage in the current language and a total.
+    void SendStageBegin(int nStage, int nTotal);
+    // input_mp4_file if not empty, else input_file.
+    std::string SourcePath() const;
+    // output_folder + output_name.
+    std::string OutputPath() const;
+    // threshold cut to an integer, times 100: the scan's nThreshold.
+    int ThresholdArgument() const;
+
+    // ---- Fields ----
+
+    EngineHost *pHostDlg = nullptr;          // receiver of all reports; not owned
+    core::CTarnwickData *pData = nullptr;    // the tab's project; not owned
+    std::atomic<bool> bThreadRunning{false}; // a job thread exists and has not finished
+    std::thread workerThread;                // thread of the current or the last job
+    std::atomic<int> nProcessID{0};          // running job, 0 when none
+    std::atomic<int> nPlayJob{0};            // last playback job (1027, 1028, 1029), 0 when none
+    std::atomic<pid_t> hProcess{0}; // child of the running step that a stop reaches; for the log
+    Guarded<std::string> strPreviewFile;      // the file whose facts stand in viCurrent
+    std::atomic<int> nPreviewFrame{0};        // frame at which preview and playback stand
+    Guarded<std::string> strPreviewTime{"0"}; // the same position as seconds, as text
+    std::atomic<int> nProcessExitCode{0};     // result of the last job
+    std::atomic<int> bCancel{0};              // a stop was asked for; every reading loop looks
+    std::atomic<bool> bSelectingScene{false}; // job 1029 is choosing its scene: no stop now
+    std::atomic<bool> bPreviewRunning{false}; // the preview thread exists
+    std::mutex previewMutex;                  // guards previewRequest
+    std::optional<PreviewRequest> previewRequest;
+    // Background scene check: pairs (scene index, show flag) waiting for the queue thread.
+    std::deque<std::pair<int, bool>> checkQueue;
+    std::mutex queueMutex;                  // guards checkQueue
+    std::condition_variable queueCondition; // a pair arrived, or quit
+    std::mutex checkMutex;                  // held while a check runs; only ever tried
+    std::condition_variable queueEmpty;     // the queue ran empty
+    std::atomic<bool> running{false};       // the queue thread runs
+    std::atomic<bool> quit{false};          // the queue thread is to end
+    std::thread queueThread;
+    std::atomic<int> bMergeMode{0}; // 0 scene tab, 1 merge tab: chooses the job variants
+
+private:
+    // The thread body: runs the job, reports WM_APP_PROCESS_FINISHED, clears bThreadRunning.
+    void RunJob(int nJob);
+    // The built-in rows of the job table.
+    void InstallJobTable();
+    // Runs the row of nJob for the current bMergeMode; with bPlaybackBranch, a number that
+    // names no job of its own (not 1006, 1029, 1052, 1053, 1057, 1101) and has no row goes to
+    // the playback branch. A job without a function fails with -1, state 3 and a log line.
+    int RunJobRow(int nJob, bool bPlaybackBranch);
+    // Job 1057 on the scene tab: the scan (1053), then, if it succeeded and left scenes, the
+    // final output (1006).
+    int ProcessDiffTrim(int nJob);
+    // Job 1057 on the merge tab: the conversions (1052), then the final output (1006).
+    int ProcessConvMerge(int nJob);
+    bool DiffListEmpty() const;
+    // One report of ExecuteCmdWithProgress: progress, or the playback position and its message.
+    void ReportStatus(bool bPlayback, const StatusMatch &match, int nTotal, int nBase, double fps);
+    // The state report after a step with progress has ended: none, "Stopped" or "ExitCode(%d)".
+    void ReportStepEnd(bool bPlayback, int exitCode);
+
+    std::map<std::pair<int, int>, JobFunction> m_jobTable; // (bMergeMode, job) to function
+    JobFunction m_playback[2];                             // per bMergeMode
+};
+
+} // namespace engine
