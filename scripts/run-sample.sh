@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds, makes a sample recording with ffmpeg (a still scene in
 # which a box moves during two stretches) and runs the main job on it: the scene scan with
-# its segments. Prints the scenes and where the finished files are.
+# its segments. Prints the scenes, their segment files and the saved project.
 set -euo pipefail
 
 here=$(cd "$(dirname "$0")/.." && pwd)
@@ -19,8 +19,4 @@ ffmpeg -y -loglevel error \
     -c:v libx264 "$sample"
 
 "$cli" --version
-if "$cli" --help | grep -q " extract "; then
-    "$cli" extract "$sample"
-else
-    echo "The finished file will appear in: ${sample}_out/"
-fi
+"$cli" extract "$sample"

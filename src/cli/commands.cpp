@@ -21,6 +21,10 @@ const CommandEntry kCommands[] = {
     {"--version", RunVersion, "--version"},
     {"project", RunProjectCommand, "project check FILE [--write OUT]"},
     {"probe", RunProbe, "probe FILE [--kind N]"},
+    {"scan", RunScan, "scan VIDEO [--threshold N] [--valid-min S] [--cut-min S] [--json]"},
+    {"extract",
+     RunExtract,
+     "extract VIDEO [--threshold N] [--valid-min S] [--cut-min S] [--output-folder DIR]"},
 };
 
 void PrintUsage(std::ostream &os)

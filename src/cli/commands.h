@@ -29,6 +29,19 @@ int RunProjectCommand(const std::vector<std::string> &args, CliOutput &io);
 // probe FILE [--kind N]: the stream facts of FILE as one JSON object, or with --kind N (1 to 5)
 // ffprobe's JSON text of that kind. Ctrl-C stops it (exit 130).
 int RunProbe(const std::vector<std::string> &args, CliOutput &io);
+// scan VIDEO [--threshold N] [--valid-min S] [--cut-min S] [--json]: the scenes that scene
+// extraction finds in VIDEO with a new project's settings (or the given ones, clamped to their
+// bounds: threshold 0 to 1000, the two units 1 to 10 seconds), before any cut; nothing is
+// written. A table, or one JSON object {"file", "fps", "frames", "scenes": [{"first", "last",
+// "start", "end"}]} with times in seconds. Exit 2 for bad arguments and for a VIDEO that is
+// missing, not readable, not a video, without a video stream or too small to scan; 1 when a
+// tool fails; 130 on Ctrl-C or a termination request.
+int RunScan(const std::vector<std::string> &args, CliOutput &io);
+// extract VIDEO [same options] [--output-folder DIR]: a new project for VIDEO (output folder
+// VIDEO + "_out/" or DIR), old segments deleted, the scenes found and cut into their segments,
+// the project saved as VIDEO + ".twproj". Prints each scene with its segment. The project is
+// saved also after a stop or a failing tool, with what was finished; exit statuses as scan.
+int RunExtract(const std::vector<std::string> &args, CliOutput &io);
 
 // Parses argv and runs the named command; prints usage for unknown ones.
 int RunCommandLine(int argc, char **argv);

@@ -27,8 +27,14 @@ public:
     // when the player has ended.
     virtual void SetPreviewRepaint(bool bRepaint) = 0;
 
-    // The background scene check adds what it needs here when it is built: the tab's busy
-    // call around a recut, its elapsed-time timer and the merge tab's wait-cursor flag.
+    // Queue thread, around a background recut of a scene: true disables the tab's scene list
+    // (the tab is busy), false enables it again. Must not wait for the user-interface thread:
+    // an implementation hands the change over to it and returns.
+    virtual void SetSceneListBusy(bool bBusy) = 0;
+    // Queue thread: starts the tab's elapsed-time timer unless one runs; stops it, showing the
+    // elapsed time once more. Must not wait for the user-interface thread either.
+    virtual void StartElapsedTimer() = 0;
+    virtual void StopElapsedTimer() = 0;
 };
 
 // The host dialog as the engine sees it: the rule that picks the tab that gets a report.

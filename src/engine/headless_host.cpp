@@ -54,6 +54,36 @@ void HeadlessTab::SetPreviewRepaint(bool bRepaint)
     m_previewRepaint = bRepaint;
 }
 
+void HeadlessTab::SetSceneListBusy(bool bBusy)
+{
+    m_sceneListBusy = bBusy;
+    RecordCall(bBusy ? "SetSceneListBusy(1)" : "SetSceneListBusy(0)");
+}
+
+void HeadlessTab::StartElapsedTimer()
+{
+    m_timerRunning = true;
+    RecordCall("StartElapsedTimer");
+}
+
+void HeadlessTab::StopElapsedTimer()
+{
+    m_timerRunning = false;
+    RecordCall("StopElapsedTimer");
+}
+
+std::vector<std::string> HeadlessTab::TabCalls() const
+{
+    std::lock_guard<std::mutex> lock(m_mutex);
+    return m_calls;
+}
+
+void HeadlessTab::RecordCall(const std::string &call)
+{
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_calls.push_back(call);
+}
+
 void HeadlessTab::SetOnMessage(std::function<void(const JobMessage &)> onMessage)
 {
     m_onMessage = std::move(onMessage);

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <functional>
 #include <mutex>
+#include <string>
 #include <vector>
 
 #include "engine/engine_host.h"
@@ -26,6 +27,9 @@ public:
     bool IsPositionDrag() const override;
     void CaptureFfplayWindow() override;
     void SetPreviewRepaint(bool bRepaint) override;
+    void SetSceneListBusy(bool bBusy) override;
+    void StartElapsedTimer() override;
+    void StopElapsedTimer() override;
 
     // Called on the loop's thread for each message, after it was recorded. Set before
     // messages flow.
@@ -42,6 +46,11 @@ public:
     int DefaultSceneCalls() const { return m_defaultSceneCalls; }
     int CaptureCalls() const { return m_captureCalls; }
     bool PreviewRepaint() const { return m_previewRepaint; }
+    // The busy and timer calls in order: "SetSceneListBusy(1)", "SetSceneListBusy(0)",
+    // "StartElapsedTimer", "StopElapsedTimer". Any thread.
+    std::vector<std::string> TabCalls() const;
+    bool SceneListBusy() const { return m_sceneListBusy; }
+    bool ElapsedTimerRunning() const { return m_timerRunning; }
 
 private:
     // The sink handed to the engine: forwards to the shared loop with this tab's handler.
@@ -59,14 +68,18 @@ private:
     };
 
     void Record(const JobMessage &msg);
+    void RecordCall(const std::string &call);
 
     Endpoint m_endpoint;
-    mutable std::mutex m_mutex; // guards m_messages
+    mutable std::mutex m_mutex; // guards m_messages and m_calls
     std::vector<JobMessage> m_messages;
+    std::vector<std::string> m_calls;
     std::function<void(const JobMessage &)> m_onMessage;
     std::function<void()> m_defaultScene;
     std::atomic<bool> m_positionDrag{false};
     std::atomic<bool> m_previewRepaint{false};
+    std::atomic<bool> m_sceneListBusy{false};
+    std::atomic<bool> m_timerRunning{false};
     std::atomic<int> m_defaultSceneCalls{0};
     std::atomic<int> m_captureCalls{0};
 };

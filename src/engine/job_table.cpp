@@ -29,8 +29,17 @@ int ModeIndex(int nMergeMode)
 // until then those jobs end with -1 and say so.
 void CTarnwickProcess::InstallJobTable()
 {
+    SetJobFunction(kJobSceneExtract, 0, [this](int) {
+        return ProcessDiffFrame(SourcePath(), ThresholdArgument());
+    });
     SetJobFunction(kJobExtractAndOutput, 0, [this](int nJob) { return ProcessDiffTrim(nJob); });
     SetJobFunction(kJobExtractAndOutput, 1, [this](int nJob) { return ProcessConvMerge(nJob); });
+    // Segment output: a source that cannot be opened ends the job with 0; only the cutting's
+    // result counts.
+    SetJobFunction(kJobSegmentOutput, 0, [this](int) {
+        std::string path = SourcePath();
+        return ReloadVideoInfo(path, false) == kJobOk ? CutAllScenes(path) : kJobOk;
+    });
 }
 
 void CTarnwickProcess::SetJobFunction(int nJob, int nMergeMode, JobFunction fn)

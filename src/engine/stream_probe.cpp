@@ -7,8 +7,8 @@
 
 #include "core/app_log.h"
 #include "core/helpers.h"
-#include "engine/encoder_presets.h"
 #include "engine/probe_json.h"
+#include "engine/scan_command.h"
 
 namespace engine {
 
@@ -61,13 +61,8 @@ int CTarnwickProcess::GetNbFrame(const std::string &path, const core::VideoInfo 
     int w = static_cast<int>(std::lround(info.width * 0.01));
     int h = static_cast<int>(std::lround(info.height * 0.01));
     bool bUseCuda = pData != nullptr && pData->bUseCuda != 0;
-    std::string command =
-        ToolPrefix(bUseCuda) +
-        core::StrPrintf("-loglevel quiet -blocksize 1048576 -i \"%s\" -vf \"scale=%d:%d\" -f "
-                        "rawvideo -pix_fmt gray -",
-                        path.c_str(),
-                        w,
-                        h);
+    // The same gray frame stream as the scan reads, only smaller.
+    std::string command = ScanCommand(bUseCuda, path, w, h);
     ChildProcess child;
     if (StartChildProcess(command, child) != 0) {
         LogCommandResult("CTarnwickProcess::GetNbFrame", __LINE__, command, kJobCannotStart);

@@ -39,13 +39,31 @@ CTarnwickProcess::~CTarnwickProcess()
         }
         workerThread.join();
     }
+    JoinAfterScanThread();
     if (queueThread.joinable()) {
         {
+            // Checks still waiting are of no use any more; a check that runs is stopped, and
+            // it may be sending to the tab while we wait.
             std::lock_guard<std::mutex> lock(queueMutex);
+            checkQueue.clear();
             quit = true;
         }
+        bCancel = 1;
         queueCondition.notify_all();
+        WaitPumping(running);
         queueThread.join();
+    }
+}
+
+void CTarnwickProcess::WaitPumping(const std::atomic<bool> &busy)
+{
+    while (busy) {
+        if (EngineTab *tab = CurrentTab()) {
+            tab->Sink().PumpMessages();
+        }
+        if (busy) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        }
     }
 }
 
@@ -57,6 +75,7 @@ int CTarnwickProcess::StartThread(int nJob)
     if (workerThread.joinable()) {
         workerThread.join(); // it has finished or is about to: bThreadRunning is clear
     }
+    JoinAfterScanThread(); // it works on the project that the new job is about to use
     nProcessID = nJob;
     if ((nPlayJob != 0 && nPlayJob != nJob) || IsRenderJobNumber(nJob)) {
         nPreviewFrame = 0;

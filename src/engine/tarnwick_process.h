@@ -146,6 +146,52 @@ public:
     // the first video stream with errors shown). 0, or 1 when the tool failed.
     int RunFfprobeJson(const std::string &path, std::string &text, int mode);
 
+    // ---- Scene extraction (job 1053 on the scene tab) ----
+
+    // The scan job: probes path, scans it, leaves the default scene when nothing was found,
+    // and reports "Done", "Stopped" or "Failed". nThreshold is ThresholdArgument(). Worker
+    // thread only. Returns the job result.
+    int ProcessDiffFrame(const std::string &path, int nThreshold);
+    // Streams path through ffmpeg as small gray frames, counts changed pixels, groups the
+    // frames into scenes and (with bCutScenes) cuts each scene in a JobPool while reading.
+    // Returns the tool's exit code, or the start failure. Worker thread only.
+    int ExecuteCmdLoadVideo(const std::string &path, int nThreshold);
+    // When false, the scan only finds scenes: no segment is cut (the command line's scan and
+    // the benchmark). Set while no job runs.
+    std::atomic<bool> bCutScenes{true};
+    // After a scan that cut its scenes (not in job 1057), this thread opens the last scene's
+    // segment as the preview file. It works on pData, so it is joined before the next job
+    // starts and when the engine goes; the scan itself does not wait for it. A scan without
+    // cutting starts none: its segments do not exist.
+    std::thread afterScanThread;
+    std::atomic<bool> bAfterScanRunning{false}; // afterScanThread has not finished yet
+    // Waits for afterScanThread and joins it, handling the current tab's messages meanwhile
+    // (it may be sending one). Returns at once when there is none. Any thread but that one.
+    void JoinAfterScanThread();
+
+    // ---- Scene cutting ----
+
+    // Cuts scene nScene of source path into its segment with progress (total nTotal, base
+    // nBase); with bReport the list follows the work. Worker thread of the job. 0, -2 or the
+    // tool's code; a failed cut deletes its file and leaves the record as it was.
+    int CutScene(const std::string &path, int nScene, int nTotal, int nBase, bool bReport);
+    // Cuts scene nScene without progress, then stores the segment's facts in its viIn and
+    // corrects the record. Pool threads. The probe's result, or the cut's failure.
+    int CutSceneQuiet(const std::string &path, int nScene);
+    // Makes the record of nScene tell the nFrames that its segment holds, renames the file to
+    // match and posts WM_APP_SCENES_CHANGED. Any thread; takes pData->sceneLock.
+    void UpdateSceneFile(int nScene, int nFrames);
+    // Job 1052 on the scene tab: every enabled scene in list order. Worker thread.
+    int CutAllScenes(const std::string &path);
+    // Recuts the scene at list_idx when its segment is stale. -1 without a current scene.
+    int CutCurrentScene();
+    // Asks the queue thread to check scene nScene (ignored when negative or while a stop
+    // runs); an equal pair already waiting is not added again. Any thread.
+    void EnqueueSceneCheck(int nScene, bool bShow);
+    // Starts the queue thread once for the tab's life; nMergeMode goes to bMergeMode.
+    // The destructor ends it.
+    void StartQueueThread(int nMergeMode);
+
     // ---- Reports and paths of a job ----
 
     // The tab that gets reports now; null without a host.
@@ -197,6 +243,9 @@ public:
     std::atomic<int> bMergeMode{0}; // 0 scene tab, 1 merge tab: chooses the job variants
 
 private:
+    // Waits while busy is set, handling the current tab's messages meanwhile: the thread that
+    // clears it may be blocked in a send to this thread.
+    void WaitPumping(const std::atomic<bool> &busy);
     // The thread body: runs the job, reports WM_APP_PROCESS_FINISHED, clears bThreadRunning.
     void RunJob(int nJob);
     // The built-in rows of the job table.

@@ -219,15 +219,15 @@ TEST(JobDispatcher, JobWithoutAFunctionFailsWithCannotStart)
 {
     enginetest::LogCapture log;
     EngineRig rig;
-    ASSERT_EQ(rig.engine.StartThread(engine::kJobSceneExtract), 1);
+    ASSERT_EQ(rig.engine.StartThread(engine::kJobFinalOutput), 1);
     rig.WaitForJob();
     EXPECT_EQ(rig.engine.nProcessExitCode, engine::kJobCannotStart);
-    EXPECT_EQ(States(rig.Scene()), (std::vector<std::string>{"3:Job(1053) is not available"}));
+    EXPECT_EQ(States(rig.Scene()), (std::vector<std::string>{"3:Job(1006) is not available"}));
     EXPECT_EQ(Words(rig.Scene(), AppMessage::WM_APP_PROCESS_FINISHED),
-              (std::vector<std::pair<int64_t, int64_t>>{{engine::kJobSceneExtract, -1}}));
+              (std::vector<std::pair<int64_t, int64_t>>{{engine::kJobFinalOutput, -1}}));
     EXPECT_EQ(log.LinesWithoutPositions("CTarnwickProcess::RunJobRow"),
               (std::vector<std::string>{
-                  "CTarnwickProcess::RunJobRow(N) no function for nJob(1053), bMergeMode(0)"}));
+                  "CTarnwickProcess::RunJobRow(N) no function for nJob(1006), bMergeMode(0)"}));
 }
 
 TEST(JobDispatcher, NumberWithoutARowTakesThePlaybackBranch)

@@ -1,0 +1,339 @@
+// Scene cutting: one scene into its segment (with progress, or quietly on a pool thread), the
+// record's correction after a cut, the segment output job and the background check of a scene.
+#include "engine/tarnwick_process.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <optional>
+#include <system_error>
+
+#include "core/app_log.h"
+#include "core/helpers.h"
+#include "core/language.h"
+#include "core/project_names.h"
+#include "engine/encoder_presets.h"
+#include "render/cut_command.h"
+
+namespace engine {
+namespace {
+
+int FrameCountOf(const core::SceneEntry &scene)
+{
+    return scene.framNo_second - scene.framNo_first + 1;
+}
+
+// A segment is good when its file holds at least one frame and exactly the record's count.
+// Nothing else is compared: a moved scene has other frame numbers and thereby another file.
+bool IsFresh(int probedFrames, const core::SceneEntry &scene)
+{
+    return probedFrames >= 1 && probedFrames == FrameCountOf(scene);
+}
+
+// A copy of scene nScene, taken under the scene lock; none when the index is out of range.
+std::optional<core::SceneEntry> SceneCopy(core::CTarnwickData &data, int nScene)
+{
+    std::lock_guard<std::mutex> lock(data.sceneLock.m);
+    if (nScene < 0 || static_cast<size_t>(nScene) >= data.diff_list.size()) {
+        return std::nullopt;
+    }
+    return data.diff_list[static_cast<size_t>(nScene)];
+}
+
+std::string CutCommandOf(const core::CTarnwickData &data,
+                         const std::string &path,
+                         const core::SceneEntry &scene)
+{
+    render::CutCommandArgs args;
+    args.prefix = ToolPrefix(data.bUseCuda != 0);
+    args.times = render::CutSceneTimes(
+        scene.framNo_first, scene.framNo_second, data.viCurrent.fps, data.pts_list);
+    args.sourcePath = path;
+    args.encoderText = EncoderText(data.bUseCuda, data.nEncodePreset);
+    args.fps = data.viCurrent.fps;
+    args.r_frame_rate = data.viInput.r_frame_rate;
+    args.fileName = scene.fileName;
+    return render::BuildCutCommand(args);
+}
+
+// An existing folder is fine; a folder that cannot be made shows as the tool's failure to
+// write, which is reported there.
+void CreateOutputFolder(const core::CTarnwickData &data)
+{
+    core::CreateFolders(core::SetTrailingSeparator(data.output_folder, false));
+}
+
+// A failed or stopped cut leaves no half segment behind.
+void DeleteSegment(const std::string &fileName)
+{
+    std::error_code ignored;
+    std::filesystem::remove(fileName, ignored);
+}
+
+// "Segment Output (003)" for the scene at list index 2.
+std::string SceneStageText(int nScene)
+{
+    return core::StrPrintf(
+        "%s (%03d)", core::StageName(core::kStageSegmentOutput).c_str(), nScene + 1);
+}
+
+void LogMissingScene(const char *function, int position, int nScene)
+{
+    core::Log("%s(%d) no scene at nScene(%d)\n", function, position, nScene);
+}
+
+// The scene tab's check of one scene on the queue thread: a stale segment is cut again while
+// the tab's list is disabled, under job number 1052.
+void CheckSceneInBackground(CTarnwickProcess &engine, int nScene, bool bShow)
+{
+    std::optional<core::SceneEntry> scene = SceneCopy(*engine.pData, nScene);
+    if (!scene) {
+        LogMissingScene("CTarnwickProcess::QueueThread", __LINE__, nScene);
+        return; // the list changed after the selection
+    }
+    if (!IsFresh(engine.GetFrameCount(scene->fileName), *scene)) {
+        int nFrames = FrameCountOf(*scene);
+        if (bShow) {
+            if (EngineTab *tab = engine.CurrentTab()) {
+                tab->StartElapsedTimer();
+            }
+        }
+        int nSavedJob = engine.nProcessID.exchange(kJobSegmentOutput);
+        if (EngineTab *tab = engine.CurrentTab()) {
+            tab->SetSceneListBusy(true);
+        }
+        engine.SendToTab(AppMessage::WM_APP_STAGE_BEGIN, 0, nFrames, SceneStageText(nScene));
+        if (engine.CutScene(engine.SourcePath(), nScene, nFrames, 0, false) == kJobOk) {
+            engine.SendJobState(core::kStateDone);
+        }
+        if (bShow) {
+            if (EngineTab *tab = engine.CurrentTab()) {
+                tab->StopElapsedTimer();
+            }
+        }
+        engine.nProcessID = nSavedJob;
+        if (EngineTab *tab = engine.CurrentTab()) {
+            tab->SetSceneListBusy(false);
+        }
+    }
+    // With bShow the picture pane will show the scene's segment here, once the pane exists.
+}
+
+// The queue thread: serves checkQueue until quit is set and nothing waits any more.
+void ServeCheckQueue(CTarnwickProcess &engine)
+{
+    for (;;) {
+        std::pair<int, bool> item;
+        {
+            std::unique_lock<std::mutex> lock(engine.queueMutex);
+            engine.queueCondition.wait(
+                lock, [&engine] { return !engine.checkQueue.empty() || engine.quit; });
+            if (engine.checkQueue.empty()) {
+                engine.running = false;
+                return;
+            }
+            item = engine.checkQueue.front();
+            engine.checkQueue.pop_front();
+        }
+        // Tried, never waited for: a check that finds another one running is dropped, and the
+        // next selection asks again.
+        if (engine.checkMutex.try_lock()) {
+            if (engine.bMergeMode == 0) {
+                if (engine.nProcessID != kJobSegmentOutput) {
+                    CheckSceneInBackground(engine, item.first, item.second);
+                }
+            } else {
+                // The merge tab's check is the file analysis of its row; it is not built yet.
+                core::Log("%s(%d) merge row(%d) not checked: file analysis is not available\n",
+                          "CTarnwickProcess::QueueThread",
+                          __LINE__,
+                          item.first);
+            }
+            engine.checkMutex.unlock();
+        }
+        bool empty = false;
+        {
+            std::lock_guard<std::mutex> lock(engine.queueMutex);
+            empty = engine.checkQueue.empty();
+        }
+        if (empty) {
+            engine.queueEmpty.notify_all();
+        }
+    }
+}
+
+} // namespace
+
+int CTarnwickProcess::CutScene(
+    const std::string &path, int nScene, int nTotal, int nBase, bool bReport)
+{
+    if (bReport) {
+        SendToTab(AppMessage::WM_APP_CURRENT_SCENE, nScene, 0);
+    }
+    std::optional<core::SceneEntry> scene = SceneCopy(*pData, nScene);
+    if (!scene) {
+        LogMissingScene("CTarnwickProcess::CutScene", __LINE__, nScene);
+        return kJobCannotStart;
+    }
+    std::string command = CutCommandOf(*pData, path, *scene);
+    CreateOutputFolder(*pData);
+    int result = ExecuteCmdWithProgress(false, command, nTotal, nBase);
+    if (result != kJobOk) {
+        DeleteSegment(scene->fileName);
+        return result;
+    }
+    UpdateSceneFile(nScene, GetFrameCount(scene->fileName));
+    // With bReport the picture pane will show the new segment here, once the pane exists.
+    return kJobOk;
+}
+
+int CTarnwickProcess::CutSceneQuiet(const std::string &path, int nScene)
+{
+    std::optional<core::SceneEntry> scene = SceneCopy(*pData, nScene);
+    if (!scene) {
+        LogMissingScene("CTarnwickProcess::CutSceneQuiet", __LINE__, nScene);
+        return kJobCannotStart;
+    }
+    std::string command = CutCommandOf(*pData, path, *scene);
+    CreateOutputFolder(*pData);
+    int result = ExecuteCmd(command);
+    if (result != kJobOk) {
+        DeleteSegment(scene->fileName);
+        return result;
+    }
+    core::VideoInfo info;
+    result = GetVideoInfoFfprobe(scene->fileName, info);
+    {
+        std::lock_guard<std::mutex> lock(pData->sceneLock.m);
+        if (static_cast<size_t>(nScene) < pData->diff_list.size()) {
+            pData->diff_list[static_cast<size_t>(nScene)].viIn = info;
+        }
+    }
+    UpdateSceneFile(nScene, info.frame_num);
+    // The picture pane will show the finished segment here (at the current position, with the
+    // picture chain, for this scene), once the pane exists.
+    return result;
+}
+
+void CTarnwickProcess::UpdateSceneFile(int nScene, int nFrames)
+{
+    {
+        std::lock_guard<std::mutex> lock(pData->sceneLock.m);
+        if (nScene < 0 || static_cast<size_t>(nScene) >= pData->diff_list.size()) {
+            LogMissingScene("CTarnwickProcess::UpdateSceneFile", __LINE__, nScene);
+            return;
+        }
+        core::SceneEntry &scene = pData->diff_list[static_cast<size_t>(nScene)];
+        // The encoder has the last word: the record tells the frames the segment really holds.
+        scene.framNo_second = scene.framNo_first + nFrames - 1;
+        std::string path = core::SegmentPath(*pData, scene.framNo_first, scene.framNo_second);
+        if (path != scene.fileName) {
+            core::Log("%s(%d) nScene(%d), nFrames(%d): \"%s\" to \"%s\"\n",
+                      "CTarnwickProcess::UpdateSceneFile",
+                      __LINE__,
+                      nScene,
+                      nFrames,
+                      scene.fileName.c_str(),
+                      path.c_str());
+            // A failed rename is not looked at: the next check finds the segment stale.
+            std::error_code ignored;
+            std::filesystem::rename(scene.fileName, path, ignored);
+            scene.fileName = path;
+        }
+    }
+    // Posted: a pool thread never waits for the user-interface thread.
+    PostToTab(AppMessage::WM_APP_SCENES_CHANGED, nScene, 0);
+}
+
+int CTarnwickProcess::CutAllScenes(const std::string &path)
+{
+    int nScenes = 0;
+    int nTotal = 0;
+    {
+        std::lock_guard<std::mutex> lock(pData->sceneLock.m);
+        nScenes = static_cast<int>(pData->diff_list.size());
+        for (const core::SceneEntry &scene : pData->diff_list) {
+            if (scene.bEnable) {
+                nTotal += FrameCountOf(scene);
+            }
+        }
+    }
+    SendStageBegin(core::kStageSegmentOutput, nTotal);
+    int nBase = 0;
+    for (int i = 0; i < nScenes; ++i) {
+        std::optional<core::SceneEntry> scene = SceneCopy(*pData, i);
+        if (!scene) {
+            break;
+        }
+        if (!scene->bEnable) {
+            continue;
+        }
+        SendToTab(AppMessage::WM_APP_STAGE_TEXT, 0, 0, SceneStageText(i));
+        // A segment that is still good is kept as it is, as the final render does.
+        if (IsFresh(GetFrameCount(scene->fileName), *scene)) {
+            nBase += FrameCountOf(*scene);
+            PostToTab(AppMessage::WM_APP_PROGRESS, nTotal, nBase);
+            continue;
+        }
+        int result = CutScene(path, i, nTotal, nBase, true);
+        if (result != kJobOk) {
+            return result; // the runner has reported it; finished segments stay
+        }
+        std::optional<core::SceneEntry> cut = SceneCopy(*pData, i);
+        nBase += cut ? FrameCountOf(*cut) : 0;
+    }
+    SendJobState(core::kStateDone);
+    return kJobOk;
+}
+
+int CTarnwickProcess::CutCurrentScene()
+{
+    int nScene = -1;
+    {
+        std::lock_guard<std::mutex> lock(pData->sceneLock.m);
+        nScene = pData->list_idx;
+    }
+    std::optional<core::SceneEntry> scene = SceneCopy(*pData, nScene);
+    if (!scene) {
+        return kJobCannotStart;
+    }
+    int probed = GetFrameCount(scene->fileName);
+    int result = probed >= 1 ? kJobOk : kJobCannotStart;
+    if (!IsFresh(probed, *scene)) {
+        int nFrames = FrameCountOf(*scene);
+        SendToTab(AppMessage::WM_APP_STAGE_BEGIN, 0, nFrames, SceneStageText(nScene));
+        if (CutScene(SourcePath(), nScene, nFrames, 0, false) == kJobOk) {
+            SendJobState(core::kStateDone);
+        }
+    }
+    return result;
+}
+
+void CTarnwickProcess::EnqueueSceneCheck(int nScene, bool bShow)
+{
+    if (nScene < 0 || bCancel != 0) {
+        return;
+    }
+    {
+        std::lock_guard<std::mutex> lock(queueMutex);
+        const std::pair<int, bool> item{nScene, bShow};
+        if (std::find(checkQueue.begin(), checkQueue.end(), item) == checkQueue.end()) {
+            checkQueue.push_back(item);
+        }
+    }
+    queueCondition.notify_one();
+}
+
+void CTarnwickProcess::StartQueueThread(int nMergeMode)
+{
+    if (queueThread.joinable()) {
+        core::Log("%s(%d) the queue thread runs already\n",
+                  "CTarnwickProcess::StartQueueThread",
+                  __LINE__);
+        return;
+    }
+    bMergeMode = nMergeMode;
+    running = true;
+    queueThread = std::thread([this] { ServeCheckQueue(*this); });
+}
+
+} // namespace engine
