@@ -201,17 +201,28 @@ TEST(RunnerFfmpeg, TwoEnginesRunJobsAtTheSameTime)
     EXPECT_EQ(second.data.viCurrent.fps, 30.0);
 }
 
-// Not a test of its own: the program that the next test kills. It runs a long encode as a
-// job and then waits for messages forever.
-TEST(RunnerOrphanHelper, DISABLED_RunsALongToolUntilKilled)
+// When this binary is started with the marker in its environment, it is not a test run but
+// the program that KilledProgramLeavesNoToolRunning kills: before any test it runs a long
+// encode as a job and then waits for messages forever. (Google Test sets environments up only
+// when a test is selected, so the helper is started with one, which it never reaches.)
+class OrphanHelperEnvironment : public ::testing::Environment
 {
-    const char *marker = std::getenv(kOrphanMarkerVariable);
-    ASSERT_NE(marker, nullptr);
-    EngineRig rig;
-    std::string command = LongEncode(marker);
-    StartJob(rig, [&] { return rig.engine.ExecuteCmd(command); });
-    rig.host.Loop().RunUntil([] { return false; });
-}
+public:
+    void SetUp() override
+    {
+        const char *marker = std::getenv(kOrphanMarkerVariable);
+        if (marker == nullptr) {
+            return;
+        }
+        EngineRig rig;
+        std::string command = LongEncode(marker);
+        StartJob(rig, [&] { return rig.engine.ExecuteCmd(command); });
+        rig.host.Loop().RunUntil([] { return false; });
+    }
+};
+
+[[maybe_unused]] ::testing::Environment *const kOrphanHelper =
+    ::testing::AddGlobalTestEnvironment(new OrphanHelperEnvironment);
 
 // Waits a bounded while for a condition that other processes make true.
 bool Eventually(const std::function<bool()> &condition)
@@ -235,7 +246,7 @@ TEST(RunnerFfmpeg, KilledProgramLeavesNoToolRunning)
     }
     env.push_back(std::string(kOrphanMarkerVariable) + "=" + marker);
     std::vector<std::string> args = {
-        "/proc/self/exe", "--gtest_also_run_disabled_tests", "--gtest_filter=RunnerOrphanHelper.*"};
+        "/proc/self/exe", "--gtest_filter=RunnerFfmpeg.KilledProgramLeavesNoToolRunning"};
     std::vector<char *> argv;
     for (std::string &a : args) {
         argv.push_back(a.data());
