@@ -1,15 +1,12 @@
 // tarnwickmp4-cli probe: the stream facts of a file as JSON, or ffprobe's own JSON by kind.
 #include "cli/commands.h"
 
-#include <filesystem>
 #include <optional>
 #include <ostream>
-#include <sstream>
 
 #include <nlohmann/json.hpp>
-#include <unistd.h>
 
-#include "cli/signal_stop.h"
+#include "cli/cli_support.h"
 #include "core/language.h"
 #include "core/tarnwick_data.h"
 #include "engine/headless_host.h"
@@ -22,6 +19,8 @@ namespace {
 // reaches it the way a tab's stop reaches any job.
 constexpr int kProbeJob = 9001;
 constexpr const char *kProbeUsage = "probe FILE [--kind N]   (N from 1 to 5)";
+// What the probe says of a folder and of a file it may not read alike.
+constexpr const char *kNotReadable = "is not a readable file";
 
 struct ProbeArgs
 {
@@ -51,34 +50,6 @@ std::optional<ProbeArgs> ParseProbeArgs(const std::vector<std::string> &args)
     return parsed;
 }
 
-// Why the file cannot be probed before any tool runs; empty when it can.
-std::string CheckFile(const std::string &file)
-{
-    std::error_code ec;
-    if (!std::filesystem::exists(file, ec)) {
-        return "does not exist";
-    }
-    if (std::filesystem::is_directory(file, ec) || access(file.c_str(), R_OK) != 0) {
-        return "is not a readable file";
-    }
-    return "";
-}
-
-// The lines of ffprobe's error output, without the JSON around them.
-std::string ToolReason(const std::string &text)
-{
-    std::istringstream in(text);
-    std::string line;
-    std::string reason;
-    while (std::getline(in, line)) {
-        if (line.empty() || line[0] == '{' || line[0] == '}' || line[0] == ' ') {
-            continue;
-        }
-        reason += (reason.empty() ? "" : "; ") + line;
-    }
-    return reason;
-}
-
 std::string FactsJson(const core::VideoInfo &info)
 {
     nlohmann::ordered_json j;
@@ -103,14 +74,7 @@ bool RunAsJob(engine::CTarnwickProcess &engine,
               const engine::CTarnwickProcess::JobFunction &fn)
 {
     engine.SetJobFunction(kProbeJob, 0, fn);
-    SignalStop stop([&host] { host.Loop().Wake(); });
-    engine.StartThread(kProbeJob);
-    host.Loop().RunUntil([&] { return !engine.bThreadRunning || stop.StopRequested(); });
-    if (stop.StopRequested()) {
-        engine.CancelProcess();
-        return false;
-    }
-    return true;
+    return RunJobUntilSignal(engine, host, kProbeJob);
 }
 
 } // namespace
@@ -123,7 +87,7 @@ int RunProbe(const std::vector<std::string> &args, CliOutput &io)
         return kExitBadInput;
     }
     const std::string &file = parsed->file;
-    std::string problem = CheckFile(file);
+    std::string problem = CheckInputFile(file, kNotReadable, kNotReadable);
     if (!problem.empty()) {
         io.err << "tarnwickmp4-cli probe: " << file << ": " << problem << "\n";
         return kExitFailed;
@@ -164,7 +128,7 @@ int RunProbe(const std::vector<std::string> &args, CliOutput &io)
     if (reason.empty()) {
         std::string errors;
         RunAsJob(engine, host, [&](int) { return engine.RunFfprobeJson(file, errors, 0); });
-        reason = ToolReason(errors);
+        reason = FfprobeErrorLines(errors);
     }
     io.err << "tarnwickmp4-cli probe: " << file << ": probe failed"
            << (reason.empty() ? "" : ": " + reason) << "\n";

@@ -10,12 +10,10 @@
 #include <iomanip>
 #include <optional>
 #include <ostream>
-#include <sstream>
 
 #include <nlohmann/json.hpp>
-#include <unistd.h>
 
-#include "cli/signal_stop.h"
+#include "cli/cli_support.h"
 #include "core/helpers.h"
 #include "core/language.h"
 #include "core/project_names.h"
@@ -101,22 +99,6 @@ ParseScanArgs(const std::vector<std::string> &args, bool extract, ScanArgs &pars
     return "";
 }
 
-// Why VIDEO cannot be scanned before any tool runs; empty when it can be tried.
-std::string CheckVideo(const std::string &file)
-{
-    std::error_code ec;
-    if (!std::filesystem::exists(file, ec)) {
-        return "does not exist";
-    }
-    if (std::filesystem::is_directory(file, ec)) {
-        return "is a folder, not a video file";
-    }
-    if (access(file.c_str(), R_OK) != 0) {
-        return "is not readable";
-    }
-    return "";
-}
-
 // A value of the command line into its project field, clamped to the field's bounds as the
 // project file reads it, with its text rebuilt.
 void SetParam(core::ParamRange &param, const std::optional<double> &value)
@@ -133,13 +115,7 @@ std::string ProbeErrors(engine::CTarnwickProcess &engine, const std::string &fil
 {
     std::string text;
     engine.RunFfprobeJson(file, text, 0);
-    std::istringstream in(text);
-    std::string line;
-    std::string reason;
-    while (std::getline(in, line)) {
-        if (line.empty() || line[0] == '{' || line[0] == '}' || line[0] == ' ') {
-            continue;
-        }
+    return FfprobeErrorLines(text, [&file](std::string &line) {
         size_t close = line.find("] ");
         if (line[0] == '[' && close != std::string::npos) {
             line.erase(0, close + 2);
@@ -147,9 +123,7 @@ std::string ProbeErrors(engine::CTarnwickProcess &engine, const std::string &fil
         if (line.compare(0, file.size() + 2, file + ": ") == 0) {
             line.erase(0, file.size() + 2);
         }
-        reason += (reason.empty() ? "" : "; ") + line;
-    }
-    return reason;
+    });
 }
 
 // How a run of job 1053 ended.
@@ -192,13 +166,7 @@ public:
             tab.ClearMessages(); // one message a frame: keep nothing
         });
         m_engine.bCutScenes = bCutScenes;
-        SignalStop stop([this] { m_host.Loop().Wake(); });
-        m_engine.StartThread(engine::kJobSceneExtract);
-        m_host.Loop().RunUntil([&] { return !m_engine.bThreadRunning || stop.StopRequested(); });
-        if (stop.StopRequested()) {
-            m_engine.CancelProcess();
-            outcome.stopped = true;
-        }
+        outcome.stopped = !RunJobUntilSignal(m_engine, m_host, engine::kJobSceneExtract);
         m_engine.JoinAfterScanThread();
         outcome.result = m_engine.nProcessExitCode;
         outcome.scanned = stages >= 2;
@@ -354,7 +322,8 @@ int ParseAndCheck(const std::vector<std::string> &args,
         io.err << "tarnwickmp4-cli " << command << ": " << error << "\n";
         return kExitBadInput;
     }
-    std::string problem = CheckVideo(parsed.video);
+    std::string problem =
+        CheckInputFile(parsed.video, "is a folder, not a video file", "is not readable");
     if (!problem.empty()) {
         io.err << "tarnwickmp4-cli " << command << ": " << parsed.video << ": " << problem << "\n";
         return kExitBadInput;

@@ -228,6 +228,27 @@ const char *SkipSpace(const char *first, const char *last)
     return first;
 }
 
+// The number that starts text, as std::stoi or std::stod reads it: white space skipped, one
+// sign, then the longest number of the type; trailing text ignored. Empty when no number starts
+// the text or the value does not fit the type.
+template <typename Number> std::optional<Number> ParseNumberPrefix(const std::string &text)
+{
+    const char *last = text.data() + text.size();
+    const char *first = SkipSpace(text.data(), last);
+    if (first != last && *first == '+') {
+        ++first;
+        if (first != last && *first == '-') {
+            return std::nullopt;
+        }
+    }
+    Number value{};
+    auto [ptr, ec] = std::from_chars(first, last, value);
+    if (ec != std::errc() || ptr == first) {
+        return std::nullopt;
+    }
+    return value;
+}
+
 } // namespace
 
 bool ProbeVideoText(const std::string &text,
@@ -248,38 +269,12 @@ bool ProbeVideoText(const std::string &text,
 
 std::optional<int> ParseIntPrefix(const std::string &text)
 {
-    const char *last = text.data() + text.size();
-    const char *first = SkipSpace(text.data(), last);
-    if (first != last && *first == '+') {
-        ++first;
-        if (first != last && *first == '-') {
-            return std::nullopt;
-        }
-    }
-    int value = 0;
-    auto [ptr, ec] = std::from_chars(first, last, value);
-    if (ec != std::errc() || ptr == first) {
-        return std::nullopt;
-    }
-    return value;
+    return ParseNumberPrefix<int>(text);
 }
 
 std::optional<double> ParseDoublePrefix(const std::string &text)
 {
-    const char *last = text.data() + text.size();
-    const char *first = SkipSpace(text.data(), last);
-    if (first != last && *first == '+') {
-        ++first;
-        if (first != last && *first == '-') {
-            return std::nullopt;
-        }
-    }
-    double value = 0.0;
-    auto [ptr, ec] = std::from_chars(first, last, value);
-    if (ec != std::errc() || ptr == first) {
-        return std::nullopt;
-    }
-    return value;
+    return ParseNumberPrefix<double>(text);
 }
 
 } // namespace engine

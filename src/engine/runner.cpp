@@ -2,7 +2,10 @@
 // position from its status text, the stop, and the report of its exit code.
 #include "engine/tarnwick_process.h"
 
+#include <atomic>
 #include <cerrno>
+#include <functional>
+#include <string>
 
 #include "core/app_log.h"
 #include "core/helpers.h"
@@ -29,6 +32,26 @@ std::vector<std::string> ToolEnvironment(const std::string &command)
     return {};
 }
 
+// Reads child's output until its pipe ends and hands each chunk to onText as text. Once a stop
+// is asked for (bCancel), the child is killed and what it still wrote is read on to the end.
+void ReadUntilPipeEnds(ChildProcess &child,
+                       const std::atomic<int> &bCancel,
+                       const std::function<void(const std::string &)> &onText)
+{
+    char chunk[kChunkBuffer];
+    for (;;) {
+        long n = child.Read(chunk, kChunkRead);
+        if (n <= 0) {
+            break;
+        }
+        chunk[n] = '\0';
+        onText(ChunkText(chunk, n));
+        if (bCancel != 0) {
+            child.Kill(kJobStopped);
+        }
+    }
+}
+
 } // namespace
 
 int CTarnwickProcess::StartChildProcess(const std::string &command, ChildProcess &child)
@@ -52,21 +75,12 @@ int CTarnwickProcess::ExecuteCmd(const std::string &command, std::string *pOutpu
     }
     std::string local;
     std::string &text = pOutput != nullptr ? *pOutput : local;
-    char chunk[kChunkBuffer];
-    for (;;) {
-        long n = child.Read(chunk, kChunkRead);
-        if (n <= 0) {
-            break;
-        }
-        chunk[n] = '\0';
-        text += ChunkText(chunk, n);
+    ReadUntilPipeEnds(child, bCancel, [&](const std::string &chunkText) {
+        text += chunkText;
         if (pOutput == nullptr && local.size() > kTextLimit) {
             local.erase(0, local.size() - kTextKeep);
         }
-        if (bCancel != 0) {
-            child.Kill(kJobStopped); // read on until the pipe ends
-        }
-    }
+    });
     int exitCode = child.Wait();
     LogCommandResult("CTarnwickProcess::ExecuteCmd", __LINE__, command, exitCode);
     return exitCode;
@@ -97,20 +111,11 @@ int CTarnwickProcess::ExecuteCmdWithProgress(bool bPlayback,
     double fps = pData != nullptr ? pData->viCurrent.fps : 0.0;
     int startFrame = pData != nullptr ? pData->viCurrent.start_frame : 0;
     StatusParser parser(bPlayback, fps, startFrame);
-    char chunk[kChunkBuffer];
-    for (;;) {
-        long n = child.Read(chunk, kChunkRead);
-        if (n <= 0) {
-            break;
-        }
-        chunk[n] = '\0';
-        for (const StatusMatch &match : parser.Feed(ChunkText(chunk, n))) {
+    ReadUntilPipeEnds(child, bCancel, [&](const std::string &chunkText) {
+        for (const StatusMatch &match : parser.Feed(chunkText)) {
             ReportStatus(bPlayback, match, nTotal, nBase, fps);
         }
-        if (bCancel != 0) {
-            child.Kill(kJobStopped);
-        }
-    }
+    });
     int exitCode = child.Wait();
     hProcess = 0;
     ReportStepEnd(bPlayback, exitCode);

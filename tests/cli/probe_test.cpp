@@ -2,20 +2,13 @@
 // messages for files that cannot be probed, usage errors, and Ctrl-C during a long count.
 #include <csignal>
 #include <string>
-#include <thread>
 #include <vector>
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
-#include <spawn.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
+#include "support/cli_signal.h"
 #include "support/test_support.h"
-
-extern char **environ;
 
 namespace {
 
@@ -122,42 +115,10 @@ TEST(CliProbe, AudioOnlyFileHasNoVideoStream)
 {
     TempDir dir;
     std::string path = dir.file("sound.m4a");
-    ASSERT_EQ(testsupport::RunProgram({"ffmpeg",
-                                       "-y",
-                                       "-loglevel",
-                                       "error",
-                                       "-f",
-                                       "lavfi",
-                                       "-i",
-                                       "sine=duration=1",
-                                       "-c:a",
-                                       "aac",
-                                       path})
-                  .exitCode,
-              0);
+    ASSERT_TRUE(testsupport::MakeSoundClip(path));
     testsupport::RunResult r = RunCli({"probe", path});
     EXPECT_EQ(r.exitCode, 1);
     EXPECT_EQ(r.err, "tarnwickmp4-cli probe: " + path + ": has no video stream\n");
-}
-
-// Starts the CLI without waiting; its output goes to /dev/null.
-pid_t SpawnCli(const std::vector<std::string> &args)
-{
-    std::vector<std::string> all{TW_CLI_PATH};
-    all.insert(all.end(), args.begin(), args.end());
-    std::vector<char *> argv;
-    for (std::string &a : all) {
-        argv.push_back(a.data());
-    }
-    argv.push_back(nullptr);
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
-    posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
-    pid_t pid = 0;
-    int rc = posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ);
-    posix_spawn_file_actions_destroy(&actions);
-    return rc == 0 ? pid : -1;
 }
 
 // A clip of 20,000 frames in a container that states no count: counting it takes seconds.
@@ -166,19 +127,7 @@ std::string MakeLongMkv(const TempDir &dir)
     std::string shortClip = dir.file("short.mkv");
     EXPECT_TRUE(testsupport::MakeClip(shortClip, "testsrc2=size=320x240:rate=25:duration=4"));
     std::string longClip = dir.file("long.mkv");
-    EXPECT_EQ(testsupport::RunProgram({"ffmpeg",
-                                       "-y",
-                                       "-loglevel",
-                                       "error",
-                                       "-stream_loop",
-                                       "200",
-                                       "-i",
-                                       shortClip,
-                                       "-c",
-                                       "copy",
-                                       longClip})
-                  .exitCode,
-              0);
+    EXPECT_TRUE(testsupport::LoopClip(longClip, shortClip, 200));
     return longClip;
 }
 
@@ -188,24 +137,11 @@ int StopDuringCount(int sig)
     TempDir dir;
     std::string clip = MakeLongMkv(dir);
     std::string counter = "-i " + clip + " -vf";
-    pid_t cli = SpawnCli({"probe", clip});
-    EXPECT_GT(cli, 0);
-    bool ended = false;
-    int status = 0;
-    while (testsupport::CountProcessesWith(counter) == 0) {
-        if (waitpid(cli, &status, WNOHANG) == cli) {
-            ended = true;
-            break;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
-    EXPECT_FALSE(ended) << "the count ended before it could be stopped";
-    if (!ended) {
-        kill(cli, sig);
-        waitpid(cli, &status, 0);
-    }
+    testsupport::SignalledRun run = testsupport::SignalCliWhenReady(
+        {"probe", clip}, sig, [&counter] { return testsupport::CountProcessesWith(counter) != 0; });
+    EXPECT_FALSE(run.endedEarly) << "the count ended before it could be stopped";
     EXPECT_EQ(testsupport::CountProcessesWith(counter), 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    return run.exitCode;
 }
 
 TEST(CliProbe, CtrlCDuringALongCountStopsItAndLeavesNoTool)

@@ -1,71 +1,29 @@
 // Tests of "tarnwickmp4-cli scan" and "extract": the scenes of a generated clip as JSON and as a
 // table, agreement with job 1053, segments and project of an extraction, bad inputs and
 // arguments, Ctrl-C during a long scan, and a real recording.
-#include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <string>
-#include <thread>
 #include <vector>
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include "core/project_names.h"
 #include "core/tarnwick_data.h"
 #include "engine/headless_host.h"
 #include "engine/tarnwick_process.h"
+#include "support/cli_signal.h"
+#include "support/motion_clips.h"
 #include "support/test_support.h"
 #include "workspace/scene_defaults.h"
 
-extern char **environ;
-
 namespace {
 
+using testsupport::MakeLongClip;
+using testsupport::MakeMotionClip;
 using testsupport::RunCli;
 using testsupport::TempDir;
-
-// 12 seconds of 320x240 at 25 fps: a light box moves over a dark still background during
-// seconds 2 to 4 and 7 to 9.
-const char *kMotionSource =
-    "color=c=0x404040:s=320x240:r=25:d=12[bg];color=c=0xA0A0A0:s=64x64:r=25:d=12[box];"
-    "[bg][box]overlay=x='100*(clip(t,2,4)-2)-100*(clip(t,7,9)-7)':y=88:eval=frame";
-
-std::string MakeMotionClip(const TempDir &dir)
-{
-    std::string clip = dir.file("motion.mp4");
-    EXPECT_TRUE(testsupport::MakeClip(clip, kMotionSource));
-    return clip;
-}
-
-// Ten seconds with the box moving in seconds 1 to 3, looped to 15 minutes by stream copy.
-std::string MakeLongClip(const TempDir &dir)
-{
-    std::string part = dir.file("part.mp4");
-    EXPECT_TRUE(testsupport::MakeClip(
-        part,
-        "color=c=0x404040:s=320x240:r=25:d=10[bg];color=c=0xA0A0A0:s=64x64:r=25:d=10[box];"
-        "[bg][box]overlay=x='100*(clip(t,1,3)-1)':y=88:eval=frame"));
-    std::string clip = dir.file("long.mp4");
-    EXPECT_EQ(testsupport::RunProgram({"ffmpeg",
-                                       "-y",
-                                       "-loglevel",
-                                       "error",
-                                       "-stream_loop",
-                                       "89",
-                                       "-i",
-                                       part,
-                                       "-c",
-                                       "copy",
-                                       clip})
-                  .exitCode,
-              0);
-    return clip;
-}
 
 std::vector<std::string> Keys(const nlohmann::ordered_json &object)
 {
@@ -234,19 +192,7 @@ TEST(CliScan, BadInputsGiveOneLineNamingTheFile)
     std::string text = dir.file("text.mp4");
     ASSERT_TRUE(testsupport::WriteFile(text, "hello"));
     std::string sound = dir.file("sound.m4a");
-    ASSERT_EQ(testsupport::RunProgram({"ffmpeg",
-                                       "-y",
-                                       "-loglevel",
-                                       "error",
-                                       "-f",
-                                       "lavfi",
-                                       "-i",
-                                       "sine=duration=1",
-                                       "-c:a",
-                                       "aac",
-                                       sound})
-                  .exitCode,
-              0);
+    ASSERT_TRUE(testsupport::MakeSoundClip(sound));
     struct Case
     {
         std::string command;
@@ -290,26 +236,6 @@ TEST(CliScan, BadArgumentsGiveUsage)
     EXPECT_EQ(r.err, "tarnwickmp4-cli extract: --cut-min: \"1,5\" is not a number\n");
 }
 
-// Starts the CLI without waiting; its output goes to /dev/null.
-pid_t SpawnCli(const std::vector<std::string> &args)
-{
-    std::vector<std::string> all{TW_CLI_PATH};
-    all.insert(all.end(), args.begin(), args.end());
-    std::vector<char *> argv;
-    for (std::string &a : all) {
-        argv.push_back(a.data());
-    }
-    argv.push_back(nullptr);
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
-    posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
-    pid_t pid = 0;
-    int rc = posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ);
-    posix_spawn_file_actions_destroy(&actions);
-    return rc == 0 ? pid : -1;
-}
-
 // True once a file stands in folder.
 bool HasFile(const std::string &folder)
 {
@@ -324,25 +250,13 @@ int StopDuringScan(const std::string &command, int sig, const TempDir &dir)
 {
     std::string clip = MakeLongClip(dir);
     std::string scanMarker = "-i " + clip + " -vf scale=40:30";
-    pid_t cli = SpawnCli({command, clip});
-    EXPECT_GT(cli, 0);
-    bool ended = false;
-    int status = 0;
-    while (testsupport::CountProcessesWith(scanMarker) == 0 ||
-           (command == "extract" && !HasFile(clip + "_out"))) {
-        if (waitpid(cli, &status, WNOHANG) == cli) {
-            ended = true;
-            break;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
-    EXPECT_FALSE(ended) << "the scan ended before it could be stopped";
-    if (!ended) {
-        kill(cli, sig);
-        waitpid(cli, &status, 0);
-    }
+    testsupport::SignalledRun run = testsupport::SignalCliWhenReady({command, clip}, sig, [&] {
+        return testsupport::CountProcessesWith(scanMarker) != 0 &&
+               (command != "extract" || HasFile(clip + "_out"));
+    });
+    EXPECT_FALSE(run.endedEarly) << "the scan ended before it could be stopped";
     EXPECT_EQ(testsupport::CountProcessesWith(dir.path()), 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    return run.exitCode;
 }
 
 TEST(CliScan, CtrlCStopsTheScanAndLeavesNoTool)

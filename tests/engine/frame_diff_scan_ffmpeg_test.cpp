@@ -12,6 +12,7 @@
 #include "core/helpers.h"
 #include "core/project_names.h"
 #include "engine_fixture.h"
+#include "support/motion_clips.h"
 #include "workspace/scene_defaults.h"
 
 namespace {
@@ -20,19 +21,14 @@ using engine::AppMessage;
 using enginetest::EngineRig;
 using enginetest::States;
 using enginetest::Words;
+using testsupport::MakeLongClip;
+using testsupport::MakeMotionClip;
 using testsupport::TempDir;
 
 // A job number of the tests only: runs ExecuteCmdLoadVideo on the project as the test set it.
 constexpr int kLoadJob = 9053;
 // threshold 100 as the scan gets it.
 constexpr int kDefaultThreshold = 10000;
-
-// 12 seconds of 320x240 at 25 fps: a dark still background with a light 64x64 box that moves
-// 100 pixels a second during seconds 2 to 4 (right) and 7 to 9 (back). Box and background differ
-// by 96 gray levels, inside the range that the measure counts.
-const char *kMotionSource =
-    "color=c=0x404040:s=320x240:r=25:d=12[bg];color=c=0xA0A0A0:s=64x64:r=25:d=12[box];"
-    "[bg][box]overlay=x='100*(clip(t,2,4)-2)-100*(clip(t,7,9)-7)':y=88:eval=frame";
 
 // An engine on a headless host whose scene tab has the workspace's default-scene routine, and a
 // project for clip as a new project names it.
@@ -80,38 +76,6 @@ struct ScanRig : EngineRig
         return ranges;
     }
 };
-
-std::string MakeMotionClip(const TempDir &dir)
-{
-    std::string clip = dir.file("motion.mp4");
-    EXPECT_TRUE(testsupport::MakeClip(clip, kMotionSource));
-    return clip;
-}
-
-// Ten seconds with the box moving in seconds 1 to 3, looped to 15 minutes by stream copy.
-std::string MakeLongClip(const TempDir &dir)
-{
-    std::string part = dir.file("part.mp4");
-    EXPECT_TRUE(testsupport::MakeClip(
-        part,
-        "color=c=0x404040:s=320x240:r=25:d=10[bg];color=c=0xA0A0A0:s=64x64:r=25:d=10[box];"
-        "[bg][box]overlay=x='100*(clip(t,1,3)-1)':y=88:eval=frame"));
-    std::string clip = dir.file("long.mp4");
-    EXPECT_EQ(testsupport::RunProgram({"ffmpeg",
-                                       "-y",
-                                       "-loglevel",
-                                       "error",
-                                       "-stream_loop",
-                                       "89",
-                                       "-i",
-                                       part,
-                                       "-c",
-                                       "copy",
-                                       clip})
-                  .exitCode,
-              0);
-    return clip;
-}
 
 int ProbedFrames(EngineRig &rig, const std::string &file)
 {
@@ -280,19 +244,7 @@ std::string MakeBurstClip(const TempDir &dir)
         "color=c=0x404040:s=16x16:r=1:d=60,geq=lum='if(eq(mod(floor(N/3),2),0),64,144)'"
         ":cb=128:cr=128,scale=640:640:flags=neighbor"));
     std::string clip = dir.file("bursts.mp4");
-    EXPECT_EQ(testsupport::RunProgram({"ffmpeg",
-                                       "-y",
-                                       "-loglevel",
-                                       "error",
-                                       "-stream_loop",
-                                       "82",
-                                       "-i",
-                                       part,
-                                       "-c",
-                                       "copy",
-                                       clip})
-                  .exitCode,
-              0);
+    EXPECT_TRUE(testsupport::LoopClip(clip, part, 82));
     return clip;
 }
 

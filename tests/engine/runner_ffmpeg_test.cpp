@@ -84,16 +84,23 @@ TEST(RunnerFfmpeg, StopEndsALongEncodeWithStopped)
     EXPECT_EQ(testsupport::CountProcessesWith(output), 0);
 }
 
+// Plays a generated clip of 2 seconds at 25 fps (50 frames) through showinfo as a job, with
+// nTotal as the total frame count, and waits for the job's end.
+void PlayGeneratedClip(EngineRig &rig, const testsupport::TempDir &dir, int nTotal)
+{
+    std::string clip = dir.file("clip.mp4");
+    ASSERT_TRUE(testsupport::MakeClip(clip, "testsrc2=size=160x120:rate=25:duration=2"));
+    rig.data.viCurrent.fps = 25.0;
+    std::string command = "ffmpeg -i \"" + clip + "\" -vf \"showinfo\" -f null -";
+    StartJob(rig, [&] { return rig.engine.ExecuteCmdWithProgress(true, command, nTotal, 0); });
+    rig.WaitForJob();
+}
+
 TEST(RunnerFfmpeg, NormalEndOfPlaybackReadsStoppedWithResultZero)
 {
     testsupport::TempDir dir;
-    std::string clip = dir.file("clip.mp4");
-    ASSERT_TRUE(testsupport::MakeClip(clip, "testsrc2=size=160x120:rate=25:duration=2"));
     EngineRig rig;
-    rig.data.viCurrent.fps = 25.0;
-    std::string command = "ffmpeg -i \"" + clip + "\" -vf \"showinfo\" -f null -";
-    StartJob(rig, [&] { return rig.engine.ExecuteCmdWithProgress(true, command, 50, 0); });
-    rig.WaitForJob();
+    ASSERT_NO_FATAL_FAILURE(PlayGeneratedClip(rig, dir, 50));
     EXPECT_EQ(rig.engine.nProcessExitCode, 0);
     EXPECT_EQ(States(rig.Scene()), (std::vector<std::string>{"5:"}));
     std::vector<std::pair<int64_t, int64_t>> positions =
@@ -107,13 +114,8 @@ TEST(RunnerFfmpeg, NormalEndOfPlaybackReadsStoppedWithResultZero)
 TEST(RunnerFfmpeg, PlaybackWithASmallTotalHoldsTheLastFrame)
 {
     testsupport::TempDir dir;
-    std::string clip = dir.file("clip.mp4");
-    ASSERT_TRUE(testsupport::MakeClip(clip, "testsrc2=size=160x120:rate=25:duration=2"));
     EngineRig rig;
-    rig.data.viCurrent.fps = 25.0;
-    std::string command = "ffmpeg -i \"" + clip + "\" -vf \"showinfo\" -f null -";
-    StartJob(rig, [&] { return rig.engine.ExecuteCmdWithProgress(true, command, 10, 0); });
-    rig.WaitForJob();
+    ASSERT_NO_FATAL_FAILURE(PlayGeneratedClip(rig, dir, 10));
     EXPECT_EQ(rig.engine.nPreviewFrame, 9);
     EXPECT_EQ(rig.engine.strPreviewTime.get(), "0.360000");
     EXPECT_EQ(Words(rig.Scene(), AppMessage::WM_APP_POSITION).back(),

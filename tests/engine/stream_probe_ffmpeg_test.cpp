@@ -150,19 +150,7 @@ TEST(StreamProbe, AudioOnlyFileHasNoVideoStream)
 {
     testsupport::TempDir dir;
     std::string path = dir.file("sound.m4a");
-    ASSERT_EQ(testsupport::RunProgram({"ffmpeg",
-                                       "-y",
-                                       "-loglevel",
-                                       "error",
-                                       "-f",
-                                       "lavfi",
-                                       "-i",
-                                       "sine=duration=1",
-                                       "-c:a",
-                                       "aac",
-                                       path})
-                  .exitCode,
-              0);
+    ASSERT_TRUE(testsupport::MakeSoundClip(path));
     EngineRig rig;
     VideoInfo info;
     EXPECT_EQ(rig.engine.GetVideoInfoFfprobe(path, info), -1);
@@ -333,19 +321,7 @@ TEST(StreamProbe, StopEndsALongCountWithTheCountSoFar)
     testsupport::TempDir dir;
     std::string shortClip = MakeTestClip(dir, "short.mkv");
     std::string longClip = dir.file("long.mkv");
-    ASSERT_EQ(testsupport::RunProgram({"ffmpeg",
-                                       "-y",
-                                       "-loglevel",
-                                       "error",
-                                       "-stream_loop",
-                                       "400",
-                                       "-i",
-                                       shortClip,
-                                       "-c",
-                                       "copy",
-                                       longClip})
-                  .exitCode,
-              0);
+    ASSERT_TRUE(testsupport::LoopClip(longClip, shortClip, 400));
     EngineRig rig;
     VideoInfo info;
     int result = 99;

@@ -127,6 +127,31 @@ bool MakeClip(const std::string &path, const std::string &lavfi,
     return true;
 }
 
+bool LoopClip(const std::string &path, const std::string &part, int streamLoop)
+{
+    RunResult r = RunProgram({"ffmpeg",
+                              "-y",
+                              "-loglevel",
+                              "error",
+                              "-stream_loop",
+                              std::to_string(streamLoop),
+                              "-i",
+                              part,
+                              "-c",
+                              "copy",
+                              path});
+    if (r.exitCode != 0) {
+        ADD_FAILURE() << "ffmpeg could not loop " << part << " into " << path << ": " << r.err;
+        return false;
+    }
+    return true;
+}
+
+bool MakeSoundClip(const std::string &path)
+{
+    return MakeClip(path, "sine=duration=1", {"-c:a", "aac"});
+}
+
 std::string ReadFile(const std::string &path)
 {
     std::ifstream in(path, std::ios::binary);

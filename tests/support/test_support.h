@@ -43,6 +43,14 @@ RunResult RunCli(const std::vector<std::string> &args);
 bool MakeClip(const std::string &path, const std::string &lavfi,
               const std::vector<std::string> &outputArgs = {"-c:v", "libx264", "-pix_fmt", "yuv420p"});
 
+// Makes path from the clip part played 1 + streamLoop times, by stream copy (ffmpeg's
+// -stream_loop). Fails the current test (ADD_FAILURE) and returns false when ffmpeg fails.
+bool LoopClip(const std::string &path, const std::string &part, int streamLoop);
+
+// Makes an audio-only file with one second of a sine tone in AAC, for example "sound.m4a".
+// Fails the current test (ADD_FAILURE) and returns false when ffmpeg fails.
+bool MakeSoundClip(const std::string &path);
+
 // Reads a whole file; empty when it cannot be read.
 std::string ReadFile(const std::string &path);
 // Writes a whole file (binary); false on failure.

@@ -1,0 +1,60 @@
+// Pieces the probe, scan and extract commands share: the input-file check, ffprobe's error
+// lines and running one job of a headless engine that Ctrl-C can stop.
+#include "cli/cli_support.h"
+
+#include <filesystem>
+#include <sstream>
+
+#include <unistd.h>
+
+#include "cli/signal_stop.h"
+
+namespace cli {
+
+std::string
+CheckInputFile(const std::string &file, const char *folderProblem, const char *unreadableProblem)
+{
+    std::error_code ec;
+    if (!std::filesystem::exists(file, ec)) {
+        return "does not exist";
+    }
+    if (std::filesystem::is_directory(file, ec)) {
+        return folderProblem;
+    }
+    if (access(file.c_str(), R_OK) != 0) {
+        return unreadableProblem;
+    }
+    return "";
+}
+
+std::string FfprobeErrorLines(const std::string &text,
+                              const std::function<void(std::string &line)> &tidy)
+{
+    std::istringstream in(text);
+    std::string line;
+    std::string reason;
+    while (std::getline(in, line)) {
+        if (line.empty() || line[0] == '{' || line[0] == '}' || line[0] == ' ') {
+            continue;
+        }
+        if (tidy) {
+            tidy(line);
+        }
+        reason += (reason.empty() ? "" : "; ") + line;
+    }
+    return reason;
+}
+
+bool RunJobUntilSignal(engine::CTarnwickProcess &engine, engine::HeadlessHost &host, int nJob)
+{
+    SignalStop stop([&host] { host.Loop().Wake(); });
+    engine.StartThread(nJob);
+    host.Loop().RunUntil([&] { return !engine.bThreadRunning || stop.StopRequested(); });
+    if (stop.StopRequested()) {
+        engine.CancelProcess();
+        return false;
+    }
+    return true;
+}
+
+} // namespace cli

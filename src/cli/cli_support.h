@@ -1,0 +1,28 @@
+// Pieces the probe, scan and extract commands share: the input-file check, ffprobe's error
+// lines and running one job of a headless engine that Ctrl-C can stop.
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "engine/headless_host.h"
+#include "engine/tarnwick_process.h"
+
+namespace cli {
+
+// Why file cannot be read before any tool runs: "does not exist", folderProblem when it names
+// a folder, unreadableProblem when it cannot be read; empty when it can be tried.
+std::string
+CheckInputFile(const std::string &file, const char *folderProblem, const char *unreadableProblem);
+
+// The lines of ffprobe's error output in text, without the JSON around them, each passed
+// through tidy when one is given, joined with "; ". Empty when there are none.
+std::string FfprobeErrorLines(const std::string &text,
+                              const std::function<void(std::string &line)> &tidy = {});
+
+// Starts job nJob on engine and pumps host's messages until the job ends or Ctrl-C or a
+// termination request asks for a stop, which stops the job (CancelProcess). Returns false when
+// stopped. Runs on the thread that owns host's loop.
+bool RunJobUntilSignal(engine::CTarnwickProcess &engine, engine::HeadlessHost &host, int nJob);
+
+} // namespace cli

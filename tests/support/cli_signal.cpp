@@ -1,0 +1,64 @@
+// Stopping the command-line front end with a signal while it works, as Ctrl-C would.
+#include "support/cli_signal.h"
+
+#include <chrono>
+#include <csignal>
+#include <thread>
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+extern char **environ;
+
+namespace testsupport {
+namespace {
+
+// Starts the CLI without waiting; its output goes to /dev/null.
+pid_t SpawnCli(const std::vector<std::string> &args)
+{
+    std::vector<std::string> all{TW_CLI_PATH};
+    all.insert(all.end(), args.begin(), args.end());
+    std::vector<char *> argv;
+    for (std::string &a : all) {
+        argv.push_back(a.data());
+    }
+    argv.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
+    pid_t pid = 0;
+    int rc = posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    return rc == 0 ? pid : -1;
+}
+
+} // namespace
+
+SignalledRun SignalCliWhenReady(const std::vector<std::string> &args,
+                                int sig,
+                                const std::function<bool()> &ready)
+{
+    SignalledRun run;
+    pid_t cli = SpawnCli(args);
+    EXPECT_GT(cli, 0);
+    int status = 0;
+    while (!ready()) {
+        if (waitpid(cli, &status, WNOHANG) == cli) {
+            run.endedEarly = true;
+            break;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    if (!run.endedEarly) {
+        kill(cli, sig);
+        waitpid(cli, &status, 0);
+    }
+    run.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    return run;
+}
+
+} // namespace testsupport

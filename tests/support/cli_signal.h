@@ -1,0 +1,24 @@
+// Stopping the command-line front end with a signal while it works, as Ctrl-C would.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace testsupport {
+
+// How a run of the command-line front end that was to get a signal ended.
+struct SignalledRun
+{
+    bool endedEarly = false; // the program ended before it was ready, and got no signal
+    int exitCode = -1;       // exit status, or 128 + signal number
+};
+
+// Starts the command-line front end with args (its output goes to /dev/null), polls ready()
+// until it holds, then sends sig and waits for the program's end. Fails the current test when
+// the program cannot be started.
+SignalledRun SignalCliWhenReady(const std::vector<std::string> &args,
+                                int sig,
+                                const std::function<bool()> &ready);
+
+} // namespace testsupport
