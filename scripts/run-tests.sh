@@ -1,12 +1,26 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds, and runs every test (CTest), then the engine tests again
-# under AddressSanitizer+UndefinedBehaviorSanitizer and under ThreadSanitizer.
+# Installs what is missing, builds, checks the formatting and runs every test (CTest), then
+# the engine tests again under AddressSanitizer+UndefinedBehaviorSanitizer and under
+# ThreadSanitizer.
 set -euo pipefail
 
 here=$(cd "$(dirname "$0")/.." && pwd)
 bash "$here/scripts/setup.sh" "$here/build"
 
 status=0
+
+# Formatting: every C++ file as clang-format 14 lays it out (.clang-format).
+if command -v clang-format >/dev/null 2>&1; then
+    unformatted=()
+    while IFS= read -r -d '' f; do
+        clang-format --dry-run --Werror "$f" >/dev/null 2>&1 || unformatted+=("${f#$here/}")
+    done < <(find "$here/src" "$here/tests" "$here/bench" -name '*.cpp' -print0 -o -name '*.h' -print0)
+    if [ ${#unformatted[@]} -gt 0 ]; then
+        echo "Not formatted with clang-format: ${unformatted[*]}"
+        status=1
+    fi
+fi
+
 ctest --test-dir "$here/build" --output-on-failure -j"$(nproc)" || status=1
 
 if [ "${TW_SKIP_SANITIZERS:-0}" != "1" ] && [ -d "$here/src/engine" ] && ls "$here"/tests/engine/*_test.cpp >/dev/null 2>&1; then

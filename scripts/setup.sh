@@ -9,7 +9,7 @@ build_dir=${1:-"$here/build"}
 shift || true
 
 packages=(
-    cmake g++ make pkg-config
+    cmake g++ make pkg-config clang-format
     ffmpeg
     nlohmann-json3-dev
     libopencv-core-dev libopencv-imgproc-dev libopencv-imgcodecs-dev

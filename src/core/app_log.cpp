@@ -71,8 +71,8 @@ std::vector<std::string> SplitAtCommas(const std::string &line)
 int32_t ToInt(const std::string &text)
 {
     long long value = std::strtoll(text.c_str(), nullptr, 10);
-    value = std::clamp<long long>(value, std::numeric_limits<int32_t>::min(),
-                                  std::numeric_limits<int32_t>::max());
+    value = std::clamp<long long>(
+        value, std::numeric_limits<int32_t>::min(), std::numeric_limits<int32_t>::max());
     return static_cast<int32_t>(value);
 }
 
@@ -243,9 +243,8 @@ CAppLog::CAppLog(const std::string &configPath, const std::string &workingDir)
     if (!m_path.empty()) {
         fs::path given(m_path);
         std::error_code ec;
-        fs::path full = workingDir.empty() || given.is_absolute()
-            ? fs::absolute(given, ec)
-            : fs::path(workingDir) / given;
+        fs::path full = workingDir.empty() || given.is_absolute() ? fs::absolute(given, ec)
+                                                                  : fs::path(workingDir) / given;
         m_path = ec ? m_path : full.lexically_normal().string();
     }
     if (m_clear != 0 && !m_path.empty()) {
@@ -261,7 +260,9 @@ CAppLog::CAppLog(const std::string &configPath, const std::string &workingDir)
     version.erase(std::remove(version.begin(), version.end(), ' '), version.end());
     std::replace(version.begin(), version.end(), ',', '.');
     std::string prefix = m_product.empty() ? std::string() : m_product + " ";
-    std::string first = FormatLogLine(std::chrono::system_clock::now(), m_processId, prefix,
+    std::string first = FormatLogLine(std::chrono::system_clock::now(),
+                                      m_processId,
+                                      prefix,
                                       "Version " + version + " " + CommandLine() + "\n");
     FlushToFile(m_path, first, m_maxSize, m_maxNum);
     m_thread = std::thread(&CAppLog::writerLoop, this);
@@ -361,8 +362,8 @@ void CAppLog::writerLoop()
         bool stop = false;
         {
             std::unique_lock<std::mutex> guard(m_stopLock);
-            m_stopEvent.wait_for(guard, std::chrono::milliseconds(1000),
-                                 [this] { return m_stopRequested; });
+            m_stopEvent.wait_for(
+                guard, std::chrono::milliseconds(1000), [this] { return m_stopRequested; });
             stop = m_stopRequested;
         }
         ++ticks;
@@ -381,8 +382,8 @@ bool CAppLog::writeRound(bool force, int ticks)
     std::string copy;
     {
         std::lock_guard<std::mutex> guard(m_lock);
-        if (!force && ticks < m_writeInterval
-            && static_cast<int64_t>(m_buffer.size()) < m_writeSize) {
+        if (!force && ticks < m_writeInterval &&
+            static_cast<int64_t>(m_buffer.size()) < m_writeSize) {
             return false;
         }
         copy.swap(m_buffer);
@@ -408,8 +409,7 @@ void CAppLog::checkWatchedProcess()
     }
 }
 
-void CAppLog::FlushToFile(const std::string &path, const std::string &text, int maxSize,
-                          int maxNum)
+void CAppLog::FlushToFile(const std::string &path, const std::string &text, int maxSize, int maxNum)
 {
     if (path.empty()) {
         return;
@@ -454,8 +454,8 @@ void CAppLog::PruneLogs(const std::string &path, int maxNum)
             continue;
         }
         std::string name = it->path().filename().string();
-        if (name.size() >= prefix.size() + suffix.size() && name.starts_with(prefix)
-            && name.ends_with(suffix) && name != kLockFileName) {
+        if (name.size() >= prefix.size() + suffix.size() && name.starts_with(prefix) &&
+            name.ends_with(suffix) && name != kLockFileName) {
             names.insert(name);
         }
     }
@@ -479,19 +479,35 @@ std::string CAppLog::RolledLogName(const std::string &path,
     int millisecond = 0;
     LocalTime(when, local, millisecond);
     auto [stem, extension] = SplitExtension(path);
-    return StrPrintf("%s_%04d%02d%02d_%02d%02d%02d%03d%s", stem.c_str(), local.tm_year + 1900,
-                     local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec,
-                     millisecond, extension.c_str());
+    return StrPrintf("%s_%04d%02d%02d_%02d%02d%02d%03d%s",
+                     stem.c_str(),
+                     local.tm_year + 1900,
+                     local.tm_mon + 1,
+                     local.tm_mday,
+                     local.tm_hour,
+                     local.tm_min,
+                     local.tm_sec,
+                     millisecond,
+                     extension.c_str());
 }
 
-std::string CAppLog::FormatLogLine(std::chrono::system_clock::time_point when, uint32_t pid,
-                                   const std::string &prefix, const std::string &message)
+std::string CAppLog::FormatLogLine(std::chrono::system_clock::time_point when,
+                                   uint32_t pid,
+                                   const std::string &prefix,
+                                   const std::string &message)
 {
     std::tm local{};
     int millisecond = 0;
     LocalTime(when, local, millisecond);
-    return StrPrintf("%02d/%02d %02d:%02d:%02d.%03d <%u> %s%s", local.tm_mon + 1, local.tm_mday,
-                     local.tm_hour, local.tm_min, local.tm_sec, millisecond, pid, prefix.c_str(),
+    return StrPrintf("%02d/%02d %02d:%02d:%02d.%03d <%u> %s%s",
+                     local.tm_mon + 1,
+                     local.tm_mday,
+                     local.tm_hour,
+                     local.tm_min,
+                     local.tm_sec,
+                     millisecond,
+                     pid,
+                     prefix.c_str(),
                      message.c_str());
 }
 

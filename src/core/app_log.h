@@ -52,8 +52,8 @@ public:
     // ("AppLogFileAccess.lock" in the file's folder, created with the folder if missing).
     // Before appending, a file of at least maxSize bytes is renamed to its rolled name, and
     // PruneLogs(path, maxNum) runs. An empty path does nothing. Failures cost the text.
-    static void FlushToFile(const std::string &path, const std::string &text, int maxSize,
-                            int maxNum);
+    static void
+    FlushToFile(const std::string &path, const std::string &text, int maxSize, int maxNum);
     // Deletes the oldest files named "<stem>_*<ext>" (stem and ext split at the last ".") beyond
     // the newest maxNum. A negative maxNum deletes every "<stem>*<ext>", the log itself included.
     // An empty path does nothing; failures are ignored.
@@ -62,8 +62,10 @@ public:
     static std::string RolledLogName(const std::string &path,
                                      std::chrono::system_clock::time_point when);
     // "MM/DD hh:mm:ss.mmm <pid> <prefix><message>" of the local time of when.
-    static std::string FormatLogLine(std::chrono::system_clock::time_point when, uint32_t pid,
-                                     const std::string &prefix, const std::string &message);
+    static std::string FormatLogLine(std::chrono::system_clock::time_point when,
+                                     uint32_t pid,
+                                     const std::string &prefix,
+                                     const std::string &message);
 
     // The configured values (fixed after construction; any thread).
     const std::string &path() const { return m_path; }

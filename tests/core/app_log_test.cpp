@@ -119,8 +119,8 @@ std::chrono::system_clock::time_point FixedLocalTime()
     local.tm_min = 7;
     local.tm_sec = 8;
     local.tm_isdst = -1;
-    return std::chrono::system_clock::from_time_t(std::mktime(&local))
-        + std::chrono::milliseconds(9);
+    return std::chrono::system_clock::from_time_t(std::mktime(&local)) +
+           std::chrono::milliseconds(9);
 }
 
 // Changes the current folder for the life of the object.
@@ -168,8 +168,8 @@ TEST(CAppLog, MaxNumZeroDeletesEveryRolledFileAtEachWrite)
     WriteFile(dir.file("m_20200101_000000000.log"), "r1\n");
     WriteFile(dir.file("m_20200102_000000000.log"), "r2\n");
     WriteFile(dir.file("mx.log"), "other\n");
-    std::string config = WriteConfig(dir, "LOG_FILE_PATH," + dir.file("m.log") +
-                                              "\nLOG_FILE_MAX_NUM,0\n");
+    std::string config =
+        WriteConfig(dir, "LOG_FILE_PATH," + dir.file("m.log") + "\nLOG_FILE_MAX_NUM,0\n");
     core::CAppLog log(config);
     EXPECT_EQ(log.maxNum(), 0);
     // The start line was a write: the rolled files went, the current file stayed.
@@ -289,7 +289,9 @@ TEST(CAppLog, LogDoesNothingWithoutConfiguration)
 
 TEST(CAppLog, FormatLogLineGivesTheWholeLine)
 {
-    EXPECT_EQ(core::CAppLog::FormatLogLine(FixedLocalTime(), 1234, "TarnwickMP4 ",
+    EXPECT_EQ(core::CAppLog::FormatLogLine(FixedLocalTime(),
+                                           1234,
+                                           "TarnwickMP4 ",
                                            "CTarnwickProcess::ProcessTrim(120) nResult(0)\n"),
               "03/05 06:07:08.009 <1234> TarnwickMP4 CTarnwickProcess::ProcessTrim(120) "
               "nResult(0)\n");
@@ -315,9 +317,8 @@ TEST(CAppLog, WrittenLinesHaveTheLineFormat)
     std::string commandLine = ReadFile("/proc/self/cmdline");
     std::replace(commandLine.begin(), commandLine.end(), '\0', ' ');
     commandLine.erase(commandLine.find_last_not_of(' ') + 1);
-    std::string messages[2] = {
-        std::string("Version ") + core::kProductVersion + " " + commandLine,
-        "CTarnwickTabScene::StartProcess(42) nProcessID(7)"};
+    std::string messages[2] = {std::string("Version ") + core::kProductVersion + " " + commandLine,
+                               "CTarnwickTabScene::StartProcess(42) nProcessID(7)"};
     std::regex pattern(kLinePattern);
     for (int i = 0; i < 2; ++i) {
         std::smatch m;
@@ -337,16 +338,17 @@ TEST(CAppLog, WrittenLinesHaveTheLineFormat)
 TEST(CAppLog, ConfigFollowsTheLineRules)
 {
     TempDir dir;
-    std::string config = WriteConfig(dir, "# LOG_FILE_MAX_NUM,1\n"
-                                          "// LOG_FILE_MAX_NUM,2\n"
-                                          "\n"
-                                          "log_file_max_num,3\n"
-                                          "LOG_FILE_WRITE_SIZE\n"
-                                          "UNKNOWN_KEY,5\n"
-                                          "LOG_FILE_WRITE_INTERVAL,abc\n"
-                                          "LOG_FILE_MAX_SIZE,12x,99\r\n"
-                                          "LOG_FILE_PATH," +
-                                              dir.file("p.log") + "\r\n");
+    std::string config = WriteConfig(dir,
+                                     "# LOG_FILE_MAX_NUM,1\n"
+                                     "// LOG_FILE_MAX_NUM,2\n"
+                                     "\n"
+                                     "log_file_max_num,3\n"
+                                     "LOG_FILE_WRITE_SIZE\n"
+                                     "UNKNOWN_KEY,5\n"
+                                     "LOG_FILE_WRITE_INTERVAL,abc\n"
+                                     "LOG_FILE_MAX_SIZE,12x,99\r\n"
+                                     "LOG_FILE_PATH," +
+                                         dir.file("p.log") + "\r\n");
     core::CAppLog log(config);
     EXPECT_EQ(log.path(), dir.file("p.log"));
     EXPECT_EQ(log.maxNum(), 100);
@@ -359,10 +361,12 @@ TEST(CAppLog, ConfigFollowsTheLineRules)
 TEST(CAppLog, ConfigTrimsShiftJisSpaceBytesAndQuotes)
 {
     TempDir dir;
-    std::string config = WriteConfig(
-        dir, "\x81\x40LOG_FILE_PATH\t\x40,\x81\x40 \"" + dir.file("@sj@.log") + "\" \x40\x81\n"
-             "@LOG_FILE_MAX_NUM\x81,\x40\x40 7\x81\n"
-             "\"LOG_FILE_WRITE_SIZE\",\t\"300\"\n");
+    std::string config =
+        WriteConfig(dir,
+                    "\x81\x40LOG_FILE_PATH\t\x40,\x81\x40 \"" + dir.file("@sj@.log") +
+                        "\" \x40\x81\n"
+                        "@LOG_FILE_MAX_NUM\x81,\x40\x40 7\x81\n"
+                        "\"LOG_FILE_WRITE_SIZE\",\t\"300\"\n");
     core::CAppLog log(config);
     EXPECT_EQ(log.path(), dir.file("@sj@.log"));
     EXPECT_EQ(log.maxNum(), 7);
@@ -389,23 +393,27 @@ TEST(CAppLog, RollsWhenTheSizeReachesMaxSize)
 TEST(CAppLog, PruneLogsDeletesTheOldestRolledFiles)
 {
     TempDir dir;
-    for (const char *name : {"p.log", "p_20200101_000000000.log", "p_20200102_000000000.log",
-                             "p_20210101_000000000.log", "p_20191231_235959999.log"}) {
+    for (const char *name : {"p.log",
+                             "p_20200101_000000000.log",
+                             "p_20200102_000000000.log",
+                             "p_20210101_000000000.log",
+                             "p_20191231_235959999.log"}) {
         WriteFile(dir.file(name), "x\n");
     }
     core::CAppLog::PruneLogs(dir.file("p.log"), 2);
-    EXPECT_EQ(ListFolder(dir.path()),
-              (std::set<std::string>{"p.log", "p_20200102_000000000.log",
-                                     "p_20210101_000000000.log"}));
+    EXPECT_EQ(
+        ListFolder(dir.path()),
+        (std::set<std::string>{"p.log", "p_20200102_000000000.log", "p_20210101_000000000.log"}));
 }
 
 TEST(CAppLog, WriterThreadWritesWhenTheBufferReachesWriteSize)
 {
     TempDir dir;
     std::string path = dir.file("w.log");
-    std::string config = WriteConfig(dir, "LOG_FILE_PATH," + path +
-                                              "\nLOG_FILE_WRITE_SIZE,1\n"
-                                              "LOG_FILE_WRITE_INTERVAL,100000\n");
+    std::string config = WriteConfig(dir,
+                                     "LOG_FILE_PATH," + path +
+                                         "\nLOG_FILE_WRITE_SIZE,1\n"
+                                         "LOG_FILE_WRITE_INTERVAL,100000\n");
     core::CAppLog log(config);
     core::CAppLog::Install(&log);
     core::Log("picked up by the writer\n");
@@ -499,8 +507,7 @@ struct WriterTally
 void TallyWriterFile(const std::string &name, const std::string &text, WriterTally &tally)
 {
     static const std::regex linePattern(kLinePattern);
-    static const std::regex writerPattern(std::string(R"(writer ([AB]) line (\d{5}) )") +
-                                          kPadding);
+    static const std::regex writerPattern(std::string(R"(writer ([AB]) line (\d{5}) )") + kPadding);
     ASSERT_FALSE(text.empty()) << name;
     EXPECT_EQ(text.back(), '\n') << name;
     std::map<std::string, int> last = {{"A", -1}, {"B", -1}};
@@ -529,11 +536,12 @@ void TallyWriterFile(const std::string &name, const std::string &text, WriterTal
 TEST(CAppLog, TwoProcessesShareOneFileWithoutTornLines)
 {
     TempDir dir;
-    std::string config = WriteConfig(dir, "LOG_FILE_PATH," + dir.file("shared.log") +
-                                              "\nLOG_FILE_MAX_SIZE,65536\n"
-                                              "LOG_FILE_MAX_NUM,100000\n"
-                                              "LOG_FILE_WRITE_SIZE,2048\n"
-                                              "LOG_FILE_WRITE_INTERVAL,1\n");
+    std::string config = WriteConfig(dir,
+                                     "LOG_FILE_PATH," + dir.file("shared.log") +
+                                         "\nLOG_FILE_MAX_SIZE,65536\n"
+                                         "LOG_FILE_MAX_NUM,100000\n"
+                                         "LOG_FILE_WRITE_SIZE,2048\n"
+                                         "LOG_FILE_WRITE_INTERVAL,1\n");
     pid_t a = StartWriter(config, "A");
     pid_t b = StartWriter(config, "B");
     ASSERT_GT(a, 0);

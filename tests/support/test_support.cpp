@@ -113,7 +113,8 @@ RunResult RunCli(const std::vector<std::string> &args)
     return RunProgram(argv);
 }
 
-bool MakeClip(const std::string &path, const std::string &lavfi,
+bool MakeClip(const std::string &path,
+              const std::string &lavfi,
               const std::vector<std::string> &outputArgs)
 {
     std::vector<std::string> argv{"ffmpeg", "-y", "-loglevel", "error", "-f", "lavfi", "-i", lavfi};

@@ -40,8 +40,10 @@ RunResult RunCli(const std::vector<std::string> &args);
 // Makes a video clip with ffmpeg from a lavfi source description, for example
 // "testsrc2=size=160x120:rate=25:duration=2". Extra output arguments go before the file name.
 // Fails the current test (ADD_FAILURE) and returns false when ffmpeg fails.
-bool MakeClip(const std::string &path, const std::string &lavfi,
-              const std::vector<std::string> &outputArgs = {"-c:v", "libx264", "-pix_fmt", "yuv420p"});
+bool MakeClip(const std::string &path,
+              const std::string &lavfi,
+              const std::vector<std::string> &outputArgs = {
+                  "-c:v", "libx264", "-pix_fmt", "yuv420p"});
 
 // Makes path from the clip part played 1 + streamLoop times, by stream copy (ffmpeg's
 // -stream_loop). Fails the current test (ADD_FAILURE) and returns false when ffmpeg fails.
