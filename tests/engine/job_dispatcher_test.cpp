@@ -30,16 +30,23 @@ int WaitForCancel(engine::CTarnwickProcess &engine)
     return engine::kJobStopped;
 }
 
-TEST(JobDispatcher, SecondStartThreadDuringAJobReturnsZero)
+// Installs kTestJob as a job that holds until the returned promise is set, then ends with 0.
+std::promise<void> InstallGatedJob(EngineRig &rig)
 {
-    EngineRig rig;
     std::promise<void> release;
     std::shared_future<void> gate = release.get_future().share();
-    std::atomic<int> secondRuns{0};
     rig.engine.SetJobFunction(kTestJob, 0, [gate](int) {
         gate.wait();
         return 0;
     });
+    return release;
+}
+
+TEST(JobDispatcher, SecondStartThreadDuringAJobReturnsZero)
+{
+    EngineRig rig;
+    std::promise<void> release = InstallGatedJob(rig);
+    std::atomic<int> secondRuns{0};
     rig.engine.SetJobFunction(kTestJob + 1, 0, [&secondRuns](int) { return ++secondRuns; });
 
     EXPECT_EQ(rig.engine.StartThread(kTestJob), 1);
@@ -292,12 +299,7 @@ TEST(JobDispatcher, CancelKeepsBlockingMessagesFlowing)
 TEST(JobDispatcher, StopIsRefusedWhileTheSceneIsBeingChosen)
 {
     EngineRig rig;
-    std::promise<void> release;
-    std::shared_future<void> gate = release.get_future().share();
-    rig.engine.SetJobFunction(kTestJob, 0, [gate](int) {
-        gate.wait();
-        return 0;
-    });
+    std::promise<void> release = InstallGatedJob(rig);
     ASSERT_EQ(rig.engine.StartThread(kTestJob), 1);
     rig.engine.bSelectingScene = true;
     rig.engine.CancelProcess(); // returns at once: the stop is dropped
@@ -312,12 +314,7 @@ TEST(JobDispatcher, StopIsRefusedWhileTheSceneIsBeingChosen)
 TEST(JobDispatcher, OnlyOneStopRunsInTheProgram)
 {
     EngineRig rig;
-    std::promise<void> release;
-    std::shared_future<void> gate = release.get_future().share();
-    rig.engine.SetJobFunction(kTestJob, 0, [gate](int) {
-        gate.wait();
-        return 0;
-    });
+    std::promise<void> release = InstallGatedJob(rig);
     ASSERT_EQ(rig.engine.StartThread(kTestJob), 1);
     engine::bCancelling = true; // a stop of the other tab's engine is under way
     rig.engine.CancelProcess();
