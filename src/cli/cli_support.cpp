@@ -8,12 +8,40 @@
 #include <unistd.h>
 
 #include "cli/signal_stop.h"
+#include "core/path_check.h"
 
 namespace cli {
+
+std::string UnusablePath(const std::string &path)
+{
+    std::error_code ec;
+    std::string absolute = std::filesystem::absolute(path, ec).string();
+    std::string problem = core::PathProblem(ec ? path : absolute);
+    if (problem.empty()) {
+        return "";
+    }
+    return "the path " + problem + ", which a tool's command line cannot carry; rename it or " +
+           "its folder";
+}
+
+std::string PrintablePath(const std::string &path)
+{
+    std::string text = path;
+    for (char &c : text) {
+        if (c >= 0 && c < 0x20) {
+            c = '?';
+        }
+    }
+    return text;
+}
 
 std::string
 CheckInputFile(const std::string &file, const char *folderProblem, const char *unreadableProblem)
 {
+    std::string unusable = UnusablePath(file);
+    if (!unusable.empty()) {
+        return unusable;
+    }
     std::error_code ec;
     if (!std::filesystem::exists(file, ec)) {
         return "does not exist";

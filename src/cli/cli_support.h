@@ -10,8 +10,17 @@
 
 namespace cli {
 
-// Why file cannot be read before any tool runs: "does not exist", folderProblem when it names
-// a folder, unreadableProblem when it cannot be read; empty when it can be tried.
+// Why path cannot be handed to a tool, in its absolute form, as a phrase for a message: "the
+// path contains a double quote, which a tool's command line cannot carry; rename it or its
+// folder". Empty when it can.
+std::string UnusablePath(const std::string &path);
+
+// path with every control character shown as "?", so that a message stays one line.
+std::string PrintablePath(const std::string &path);
+
+// Why file cannot be read before any tool runs: UnusablePath's phrase, "does not exist",
+// folderProblem when it names a folder, unreadableProblem when it cannot be read; empty when
+// it can be tried.
 std::string
 CheckInputFile(const std::string &file, const char *folderProblem, const char *unreadableProblem);
 

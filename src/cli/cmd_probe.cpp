@@ -87,7 +87,12 @@ int RunProbe(const std::vector<std::string> &args, CliOutput &io)
         return kExitBadInput;
     }
     const std::string &file = parsed->file;
-    std::string problem = CheckInputFile(file, kNotReadable, kNotReadable);
+    std::string problem = UnusablePath(file);
+    if (!problem.empty()) {
+        io.err << "tarnwickmp4-cli probe: " << PrintablePath(file) << ": " << problem << "\n";
+        return kExitBadInput;
+    }
+    problem = CheckInputFile(file, kNotReadable, kNotReadable);
     if (!problem.empty()) {
         io.err << "tarnwickmp4-cli probe: " << file << ": " << problem << "\n";
         return kExitFailed;

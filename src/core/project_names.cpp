@@ -4,6 +4,11 @@
 #include "core/helpers.h"
 
 namespace core {
+namespace {
+
+constexpr char kPartialTail[] = ".partial.mp4";
+
+} // namespace
 
 std::string SegmentStem(const CTarnwickData &data)
 {
@@ -18,6 +23,22 @@ std::string SegmentPath(const CTarnwickData &data, int first, int last)
 std::string SegmentPattern(const CTarnwickData &data)
 {
     return SegmentStem(data) + "*.mp4";
+}
+
+std::string PartialSegmentPath(const std::string &fileName)
+{
+    constexpr char kMp4[] = ".mp4";
+    constexpr size_t kMp4Length = sizeof(kMp4) - 1;
+    if (fileName.size() >= kMp4Length &&
+        fileName.compare(fileName.size() - kMp4Length, kMp4Length, kMp4) == 0) {
+        return fileName.substr(0, fileName.size() - kMp4Length) + kPartialTail;
+    }
+    return fileName + kPartialTail;
+}
+
+std::string PartialSegmentPattern(const CTarnwickData &data)
+{
+    return SegmentStem(data) + "*" + kPartialTail;
 }
 
 void DeriveProjectNames(CTarnwickData &data, const std::string &path)

@@ -17,6 +17,14 @@ std::string SegmentPath(const CTarnwickData &data, int first, int last);
 // Pattern matching every segment file of the project: SegmentStem + "*.mp4".
 std::string SegmentPattern(const CTarnwickData &data);
 
+// The name a segment is written under until its tool has succeeded: fileName with ".mp4"
+// replaced by ".partial.mp4" (appended when fileName does not end in ".mp4"). A stopped, failed
+// or killed cut never leaves a half file under the segment's own name.
+std::string PartialSegmentPath(const std::string &fileName);
+
+// Pattern matching the partial segment files of the project: SegmentStem + "*.partial.mp4".
+std::string PartialSegmentPattern(const CTarnwickData &data);
+
 // Fills the names of a project for a newly given input file: project_file (input + ".twproj")
 // and output_folder (input + "_out/") and output_name (stem + "_trim.mp4") when empty;
 // pts_file always; the title text when empty. input_file is set to path.

@@ -1,6 +1,8 @@
 // Child processes of the media tools: the command-text splitter and the one class that forks.
 #pragma once
 
+#include <atomic>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -19,6 +21,13 @@ namespace engine {
 // The program name, the first argument, follows the runtime's own rule for it: double quotes
 // group and are removed, backslashes are plain characters. Blanks before it are skipped.
 std::vector<std::string> SplitCommandText(const std::string &commandText);
+
+// The first of paths that does not come out of SplitCommandText(commandText) as one whole
+// argument, or that the path check refuses; none when every path is carried intact. A path
+// with a double quote, for example, would split into several arguments and give the tool
+// options of its own.
+std::optional<std::string> PathNotCarried(const std::string &commandText,
+                                          const std::vector<std::string> &paths);
 
 // One running tool with standard output and standard error on one pipe. The tool is found on
 // PATH (or taken as given when its name holds a "/"), never through a shell. It reads
@@ -44,8 +53,14 @@ public:
     // with errno telling why (ENOENT: no such tool). A ChildProcess is started once.
     int Start(const std::string &commandText);
 
-    // One read(2) from the pipe, repeated on EINTR: bytes read, 0 at the end of the pipe,
-    // -1 on error.
+    // A flag that asks for a stop while Read waits: once it is non-zero, Read kills the child
+    // with stopCode (as Kill does) and goes on reading what is left in the pipe. The flag is
+    // looked at whenever the pipe has been empty for 100 ms, so a stop reaches a tool that
+    // writes nothing within that time. Set before Start; the flag must outlive the child.
+    void SetStopFlag(const std::atomic<int> *flag, int stopCode);
+
+    // One read(2) from the pipe, repeated on EINTR and while the pipe is empty: bytes read, 0
+    // at the end of the pipe, -1 on error.
     long Read(void *buffer, unsigned long size);
 
     // Kills the whole process group with SIGKILL and remembers exitCode as the result of
@@ -68,6 +83,8 @@ private:
     void ReapStatus(int status);
 
     std::vector<std::string> m_extraEnv;
+    const std::atomic<int> *m_stopFlag = nullptr;
+    int m_stopCode = 0;
     pid_t m_pid = 0;
     int m_readFd = -1;
     bool m_reaped = false;

@@ -11,6 +11,7 @@
 #include <utility>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/prctl.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -28,6 +29,8 @@ namespace {
 // The scan pushes raw frames through the pipe; a large pipe lets the tool run ahead.
 constexpr int kPipeSizeWanted = 0x400000;
 constexpr int kPipeSizeLeast = 0x10000;
+// How long a read waits on an empty pipe before it looks at the stop flag again.
+constexpr int kStopPollMs = 100;
 
 int PipeSizeLimit()
 {
@@ -258,6 +261,8 @@ ChildProcess &ChildProcess::operator=(ChildProcess &&other) noexcept
     if (this != &other) {
         Reset();
         m_extraEnv = std::move(other.m_extraEnv);
+        m_stopFlag = std::exchange(other.m_stopFlag, nullptr);
+        m_stopCode = std::exchange(other.m_stopCode, 0);
         m_pid = std::exchange(other.m_pid, 0);
         m_readFd = std::exchange(other.m_readFd, -1);
         m_reaped = std::exchange(other.m_reaped, false);
@@ -315,7 +320,15 @@ int ChildProcess::Start(const std::string &commandText)
     }
     m_pid = pid;
     m_readFd = std::exchange(pipes.out[0], -1);
+    // Reads never block for long: an empty pipe is waited for in slices (see Read).
+    fcntl(m_readFd, F_SETFL, fcntl(m_readFd, F_GETFL) | O_NONBLOCK);
     return 0;
+}
+
+void ChildProcess::SetStopFlag(const std::atomic<int> *flag, int stopCode)
+{
+    m_stopFlag = flag;
+    m_stopCode = stopCode;
 }
 
 long ChildProcess::Read(void *buffer, unsigned long size)
@@ -323,11 +336,24 @@ long ChildProcess::Read(void *buffer, unsigned long size)
     if (m_readFd < 0) {
         return -1;
     }
-    ssize_t n = 0;
-    do {
-        n = read(m_readFd, buffer, size);
-    } while (n < 0 && errno == EINTR);
-    return static_cast<long>(n);
+    for (;;) {
+        ssize_t n = read(m_readFd, buffer, size);
+        if (n >= 0 || errno == EINTR) {
+            if (n >= 0) {
+                return static_cast<long>(n);
+            }
+            continue;
+        }
+        if (errno != EAGAIN && errno != EWOULDBLOCK) {
+            return -1;
+        }
+        // The pipe is empty: wait for it in short slices, so that a stop reaches a silent tool.
+        if (m_stopFlag != nullptr && *m_stopFlag != 0) {
+            Kill(m_stopCode);
+        }
+        pollfd entry{m_readFd, POLLIN, 0};
+        poll(&entry, 1, kStopPollMs);
+    }
 }
 
 void ChildProcess::Kill(int exitCode)

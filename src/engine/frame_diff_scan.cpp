@@ -86,9 +86,14 @@ public:
         m_engine.PostToTab(AppMessage::WM_APP_SCENES_CHANGED, index, 0);
     }
 
-    // Waits until every cut has ended. A failed cut does not fail the scan: the final output
-    // finds and recuts such a scene itself.
-    void WaitForCuts() { m_pool.WaitAll(); }
+    // Waits until every cut has ended, and leaves their results in the engine's cutResults. A
+    // failed cut does not fail the scan: the final output finds and recuts such a scene itself.
+    void WaitForCuts()
+    {
+        m_pool.WaitAll();
+        const int cuts = m_bCut ? std::min(m_emitted, SceneGrouper::kMaxScenes) : 0;
+        m_engine.cutResults.assign(m_results.begin(), m_results.begin() + cuts);
+    }
 
 private:
     CTarnwickProcess &m_engine;
@@ -117,23 +122,27 @@ bool CompleteFrame(ChildProcess &child, uint8_t *frame, long got, long size)
 
 // The frame loop: reads the pipe until it runs dry. Frames behind the announced count are
 // drained and not looked at; a stop or the scene limit kills the tool, and the frames that are
-// still in the pipe are worked on.
-void ReadFrames(CTarnwickProcess &engine,
-                ChildProcess &child,
-                const ScanSetup &setup,
-                SceneGrouper &grouper)
+// still in the pipe are worked on. Returns the number of frames compared.
+int ReadFrames(CTarnwickProcess &engine,
+               ChildProcess &child,
+               const ScanSetup &setup,
+               SceneGrouper &grouper)
 {
     // One buffer for all frames, each read straight into it: nothing is allocated per frame.
     std::vector<uint8_t> frame(static_cast<size_t>(std::max(setup.nPixels, 1)), 0);
     const long size = setup.nPixels;
     int n = 0;
     for (;;) {
+        if (n >= setup.frameNum) {
+            // The tool delivers more than it announced: let it finish, also through a stop.
+            child.SetStopFlag(nullptr, 0);
+        }
         long got = child.Read(frame.data(), static_cast<unsigned long>(size));
         if (got <= 0) {
             break;
         }
         if (n >= setup.frameNum) {
-            continue; // the tool delivers more than it announced: let it finish
+            continue;
         }
         engine.PostToTab(AppMessage::WM_APP_PROGRESS, setup.frameNum, n + 1);
         if (!CompleteFrame(child, frame.data(), got, size)) {
@@ -146,6 +155,7 @@ void ReadFrames(CTarnwickProcess &engine,
             child.Kill(kJobStopped); // read on until the pipe is dry
         }
     }
+    return n;
 }
 
 // The default-scene routine of the current tab, and the notice of the list it leaves.
@@ -224,9 +234,13 @@ int CTarnwickProcess::ProcessDiffFrame(const std::string &path, int nThreshold)
 int CTarnwickProcess::ExecuteCmdLoadVideo(const std::string &path, int nThreshold)
 {
     const char *function = "CTarnwickProcess::ExecuteCmdLoadVideo";
+    cutResults.clear();
     SendStageBegin(core::kStageSceneExtract, pData->viInput.frame_num);
     const ScanSetup setup = MakeSetup(*pData, nThreshold);
     const std::string command = ScanCommand(pData->bUseCuda != 0, path, setup.w, setup.h);
+    if (!CommandCarriesPaths(function, __LINE__, command, {path})) {
+        return kJobCannotStart;
+    }
     ChildProcess child;
     int exitCode = StartChildProcess(command, child);
     if (exitCode != 0) {
@@ -243,8 +257,16 @@ int CTarnwickProcess::ExecuteCmdLoadVideo(const std::string &path, int nThreshol
         SceneGrouper grouper(SceneGrouper::FramesFor(setup.fps, pData->valid_min_unit.dValue),
                              SceneGrouper::FramesFor(setup.fps, pData->cut_min_unit.dValue),
                              [&sink](int first, int last) { sink.Emit(first, last); });
-        ReadFrames(*this, child, setup, grouper);
+        nScanFrames = 0;
+        nScanFrames = ReadFrames(*this, child, setup, grouper);
         exitCode = child.Wait();
+        if (exitCode == 0 && nScanFrames < setup.frameNum) {
+            core::Log("%s(%d) only %d of %d frames could be read; the file looks truncated\n",
+                      function,
+                      __LINE__,
+                      nScanFrames.load(),
+                      setup.frameNum);
+        }
         if (exitCode == 0) {
             grouper.Close(setup.frameNum); // a failed or stopped scan drops its open run
         }

@@ -5,11 +5,13 @@
 #include <atomic>
 #include <cerrno>
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "core/app_log.h"
 #include "core/helpers.h"
 #include "core/language.h"
+#include "core/path_check.h"
 #include "engine/status_parser.h"
 
 namespace engine {
@@ -57,12 +59,35 @@ void ReadUntilPipeEnds(ChildProcess &child,
 int CTarnwickProcess::StartChildProcess(const std::string &command, ChildProcess &child)
 {
     child.SetExtraEnvironment(ToolEnvironment(command));
+    // A stop reaches the tool even while it writes nothing.
+    child.SetStopFlag(&bCancel, kJobStopped);
     if (child.Start(command) == 0) {
         return 0;
     }
     unsigned long error = static_cast<unsigned long>(errno);
     SendJobState(core::kStateFailed, core::StrPrintf("CreateProcess failed with error %lu", error));
     return kJobCannotStart;
+}
+
+bool CTarnwickProcess::CommandCarriesPaths(const char *function,
+                                           int position,
+                                           const std::string &command,
+                                           const std::vector<std::string> &paths)
+{
+    std::optional<std::string> bad = PathNotCarried(command, paths);
+    if (!bad) {
+        return true;
+    }
+    std::string problem = core::PathProblem(*bad);
+    if (problem.empty()) {
+        problem = "does not stay one argument of the command";
+    }
+    LogCommandResult(function, position, command, kJobCannotStart);
+    SendJobState(core::kStateFailed,
+                 core::StrPrintf("The path cannot be passed to the tool: %s %s",
+                                 bad->c_str(),
+                                 problem.c_str()));
+    return false;
 }
 
 int CTarnwickProcess::ExecuteCmd(const std::string &command, std::string *pOutput)

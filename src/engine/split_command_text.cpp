@@ -1,6 +1,10 @@
 // The command-text splitter: one command text into the argument vector of the tool.
 #include "engine/child_process.h"
 
+#include <algorithm>
+
+#include "core/path_check.h"
+
 namespace engine {
 namespace {
 
@@ -87,6 +91,19 @@ std::vector<std::string> SplitCommandText(const std::string &commandText)
         pos = TakeArgument(commandText, pos, arg);
         args.push_back(arg);
     }
+}
+
+std::optional<std::string> PathNotCarried(const std::string &commandText,
+                                          const std::vector<std::string> &paths)
+{
+    const std::vector<std::string> args = SplitCommandText(commandText);
+    for (const std::string &path : paths) {
+        if (!core::PathProblem(path).empty() ||
+            std::find(args.begin(), args.end(), path) == args.end()) {
+            return path;
+        }
+    }
+    return std::nullopt;
 }
 
 } // namespace engine

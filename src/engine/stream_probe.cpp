@@ -17,6 +17,9 @@ int CTarnwickProcess::GetVideoInfoFfprobe(const std::string &path, core::VideoIn
     info = core::VideoInfo{};
     std::string command = core::StrPrintf(
         "ffprobe -v quiet -print_format json -show_format -show_streams \"%s\"", path.c_str());
+    if (!CommandCarriesPaths("CTarnwickProcess::GetVideoInfoFfprobe", __LINE__, command, {path})) {
+        return 1;
+    }
     std::string text;
     if (ExecuteCmd(command, &text) != 0) {
         return 1; // also a stop: -2 does not pass through here
@@ -63,6 +66,9 @@ int CTarnwickProcess::GetNbFrame(const std::string &path, const core::VideoInfo 
     bool bUseCuda = pData != nullptr && pData->bUseCuda != 0;
     // The same gray frame stream as the scan reads, only smaller.
     std::string command = ScanCommand(bUseCuda, path, w, h);
+    if (!CommandCarriesPaths("CTarnwickProcess::GetNbFrame", __LINE__, command, {path})) {
+        return 0;
+    }
     ChildProcess child;
     if (StartChildProcess(command, child) != 0) {
         LogCommandResult("CTarnwickProcess::GetNbFrame", __LINE__, command, kJobCannotStart);
@@ -162,6 +168,9 @@ int CTarnwickProcess::RunFfprobeJson(const std::string &path, std::string &text,
     }
     text.clear();
     std::string command = core::StrPrintf(format, path.c_str());
+    if (!CommandCarriesPaths("CTarnwickProcess::RunFfprobeJson", __LINE__, command, {path})) {
+        return 1;
+    }
     return ExecuteCmd(command, &text) == 0 ? 0 : 1;
 }
 

@@ -7,6 +7,7 @@
 #include "core/app_log.h"
 #include "core/helpers.h"
 #include "core/language.h"
+#include "core/project_names.h"
 
 namespace engine {
 
@@ -86,8 +87,24 @@ int CTarnwickProcess::StartThread(int nJob)
     return 1;
 }
 
+void CTarnwickProcess::DeletePartialSegments()
+{
+    if (bMergeMode != 0 || pData == nullptr || pData->input_file.empty()) {
+        return;
+    }
+    // A background cut that runs now owns its partial file.
+    if (!checkMutex.try_lock()) {
+        return;
+    }
+    core::DeleteByPattern(core::PartialSegmentPattern(*pData));
+    checkMutex.unlock();
+}
+
 void CTarnwickProcess::RunJob(int nJob)
 {
+    if (IsRenderJobNumber(nJob)) {
+        DeletePartialSegments(); // what a killed run of the program left
+    }
     nProcessExitCode = kJobOk;
     nProcessExitCode = RunJobRow(nJob, true);
     nProcessID = 0;

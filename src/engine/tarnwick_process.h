@@ -108,6 +108,14 @@ public:
     // (the errno). Any thread; the child belongs to the calling thread, which must read it
     // and wait for it.
     int StartChildProcess(const std::string &command, ChildProcess &child);
+    // The check every built command gets before its tool runs: true when each of paths is
+    // carried by command as one whole argument. Otherwise nothing runs: the refusal is logged
+    // as "[NG:-1]" with function and position, and WM_APP_JOB_STATE with state 3 says which
+    // path cannot be passed. Any thread.
+    bool CommandCarriesPaths(const char *function,
+                             int position,
+                             const std::string &command,
+                             const std::vector<std::string> &paths);
     // Runs a short command to its end. pOutput, when given, receives everything the tool
     // wrote. Returns the exit code, -1 when it could not start, -2 when stopped (bCancel).
     // Logs the result, sends nothing else. Any thread, any number at once.
@@ -159,6 +167,14 @@ public:
     // When false, the scan only finds scenes: no segment is cut (the command line's scan and
     // the benchmark). Set while no job runs.
     std::atomic<bool> bCutScenes{true};
+    // Frames the last scan compared. After a scan that ended normally, a count below
+    // viCurrent.frame_num means the file holds fewer frames than its container announces (a
+    // truncated or damaged recording); after a stop, how far the scan came.
+    std::atomic<int> nScanFrames{0};
+    // Results of the cuts of the last scan, one per scene in the order found (0 for a segment
+    // written, else CutSceneQuiet's result); empty when it cut nothing. Written by the worker
+    // thread at the end of the scan; read it only while no job runs.
+    std::vector<int> cutResults;
     // After a scan that cut its scenes (not in job 1057), this thread opens the last scene's
     // segment as the preview file. It works on pData, so it is joined before the next job
     // starts and when the engine goes; the scan itself does not wait for it. A scan without
@@ -246,6 +262,9 @@ private:
     // Waits while busy is set, handling the current tab's messages meanwhile: the thread that
     // clears it may be blocked in a send to this thread.
     void WaitPumping(const std::atomic<bool> &busy);
+    // Deletes the partial segment files of the scene tab's project, left behind when the
+    // program was killed during a cut. Skipped while a background cut runs.
+    void DeletePartialSegments();
     // The thread body: runs the job, reports WM_APP_PROCESS_FINISHED, clears bThreadRunning.
     void RunJob(int nJob);
     // The built-in rows of the job table.

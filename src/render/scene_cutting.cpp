@@ -39,9 +39,11 @@ std::optional<core::SceneEntry> SceneCopy(core::CTarnwickData &data, int nScene)
     return data.diff_list[static_cast<size_t>(nScene)];
 }
 
+// The cut of scene from path, written to target (the segment's partial name).
 std::string CutCommandOf(const core::CTarnwickData &data,
                          const std::string &path,
-                         const core::SceneEntry &scene)
+                         const core::SceneEntry &scene,
+                         const std::string &target)
 {
     render::CutCommandArgs args;
     args.prefix = ToolPrefix(data.bUseCuda != 0);
@@ -51,7 +53,7 @@ std::string CutCommandOf(const core::CTarnwickData &data,
     args.encoderText = EncoderText(data.bUseCuda, data.nEncodePreset);
     args.fps = data.viCurrent.fps;
     args.r_frame_rate = data.viInput.r_frame_rate;
-    args.fileName = scene.fileName;
+    args.fileName = target;
     return render::BuildCutCommand(args);
 }
 
@@ -62,11 +64,55 @@ void CreateOutputFolder(const core::CTarnwickData &data)
     core::CreateFolders(core::SetTrailingSeparator(data.output_folder, false));
 }
 
-// A failed or stopped cut leaves no half segment behind.
+// A failed or stopped cut leaves no half segment behind, and no old one that it meant to
+// replace.
 void DeleteSegment(const std::string &fileName)
 {
     std::error_code ignored;
+    std::filesystem::remove(core::PartialSegmentPath(fileName), ignored);
     std::filesystem::remove(fileName, ignored);
+}
+
+// After the tool of a cut has ended with result: on success the partial file becomes the
+// segment; otherwise both go. Returns result, or -1 when the rename failed.
+int SettleCut(const std::string &fileName, int result)
+{
+    if (result == kJobOk) {
+        std::error_code ec;
+        std::filesystem::rename(core::PartialSegmentPath(fileName), fileName, ec);
+        if (!ec) {
+            return kJobOk;
+        }
+        core::Log("%s(%d) \"%s\" not renamed: %s\n",
+                  "CTarnwickProcess::SettleCut",
+                  __LINE__,
+                  fileName.c_str(),
+                  ec.message().c_str());
+        result = kJobCannotStart;
+    }
+    DeleteSegment(fileName);
+    return result;
+}
+
+// The frame count probed from a finished segment decides its record. A stop that came while
+// the probe ran, or a segment without a single picture, does not: the segment goes and the
+// record stays as planned, so that no record ever ends before it begins. Returns 0 when
+// nFrames may be recorded, else the cut's result (-2 for the stop, -1 for no picture).
+int CheckProbedSegment(const CTarnwickProcess &engine, const std::string &fileName, int nFrames)
+{
+    if (engine.bCancel != 0) {
+        DeleteSegment(fileName);
+        return kJobStopped;
+    }
+    if (nFrames < 1) {
+        core::Log("%s(%d) \"%s\" holds no picture: deleted\n",
+                  "CTarnwickProcess::CheckProbedSegment",
+                  __LINE__,
+                  fileName.c_str());
+        DeleteSegment(fileName);
+        return kJobCannotStart;
+    }
+    return kJobOk;
 }
 
 // "Segment Output (003)" for the scene at list index 2.
@@ -174,14 +220,22 @@ int CTarnwickProcess::CutScene(
         LogMissingScene("CTarnwickProcess::CutScene", __LINE__, nScene);
         return kJobCannotStart;
     }
-    std::string command = CutCommandOf(*pData, path, *scene);
+    const std::string partial = core::PartialSegmentPath(scene->fileName);
+    std::string command = CutCommandOf(*pData, path, *scene, partial);
+    if (!CommandCarriesPaths("CTarnwickProcess::CutScene", __LINE__, command, {path, partial})) {
+        return kJobCannotStart;
+    }
     CreateOutputFolder(*pData);
-    int result = ExecuteCmdWithProgress(false, command, nTotal, nBase);
+    int result = SettleCut(scene->fileName, ExecuteCmdWithProgress(false, command, nTotal, nBase));
     if (result != kJobOk) {
-        DeleteSegment(scene->fileName);
         return result;
     }
-    UpdateSceneFile(nScene, GetFrameCount(scene->fileName));
+    int nFrames = GetFrameCount(scene->fileName);
+    result = CheckProbedSegment(*this, scene->fileName, nFrames);
+    if (result != kJobOk) {
+        return result;
+    }
+    UpdateSceneFile(nScene, nFrames);
     // With bReport the picture pane will show the new segment here, once the pane exists.
     return kJobOk;
 }
@@ -193,15 +247,23 @@ int CTarnwickProcess::CutSceneQuiet(const std::string &path, int nScene)
         LogMissingScene("CTarnwickProcess::CutSceneQuiet", __LINE__, nScene);
         return kJobCannotStart;
     }
-    std::string command = CutCommandOf(*pData, path, *scene);
+    const std::string partial = core::PartialSegmentPath(scene->fileName);
+    std::string command = CutCommandOf(*pData, path, *scene, partial);
+    if (!CommandCarriesPaths(
+            "CTarnwickProcess::CutSceneQuiet", __LINE__, command, {path, partial})) {
+        return kJobCannotStart;
+    }
     CreateOutputFolder(*pData);
-    int result = ExecuteCmd(command);
+    int result = SettleCut(scene->fileName, ExecuteCmd(command));
     if (result != kJobOk) {
-        DeleteSegment(scene->fileName);
         return result;
     }
     core::VideoInfo info;
     result = GetVideoInfoFfprobe(scene->fileName, info);
+    int checked = CheckProbedSegment(*this, scene->fileName, info.frame_num);
+    if (checked != kJobOk) {
+        return checked;
+    }
     {
         std::lock_guard<std::mutex> lock(pData->sceneLock.m);
         if (static_cast<size_t>(nScene) < pData->diff_list.size()) {
@@ -220,6 +282,16 @@ void CTarnwickProcess::UpdateSceneFile(int nScene, int nFrames)
         std::lock_guard<std::mutex> lock(pData->sceneLock.m);
         if (nScene < 0 || static_cast<size_t>(nScene) >= pData->diff_list.size()) {
             LogMissingScene("CTarnwickProcess::UpdateSceneFile", __LINE__, nScene);
+            return;
+        }
+        if (nFrames < 1) {
+            // A record never ends before it begins; the cut that found no picture has
+            // removed its segment, so the scene is stale and will be cut again.
+            core::Log("%s(%d) nScene(%d), nFrames(%d): record kept\n",
+                      "CTarnwickProcess::UpdateSceneFile",
+                      __LINE__,
+                      nScene,
+                      nFrames);
             return;
         }
         core::SceneEntry &scene = pData->diff_list[static_cast<size_t>(nScene)];

@@ -1,0 +1,140 @@
+// tarnwickmp4-cli extract: a new project for a video, its scenes found and cut into segments
+// while the scan runs, the project saved; the project and the output folder locked meanwhile.
+#include <filesystem>
+#include <ostream>
+#include <string>
+#include <system_error>
+
+#include "cli/commands.h"
+#include "cli/scan_session.h"
+#include "core/helpers.h"
+#include "core/job_lock.h"
+#include "core/project_names.h"
+
+namespace cli {
+namespace {
+
+constexpr const char *kHead = "tarnwickmp4-cli extract: ";
+
+// Makes the output folder; false with the reason on err when it cannot be made.
+bool MakeOutputFolder(const std::string &folder, std::ostream &err)
+{
+    std::error_code ec;
+    std::filesystem::create_directories(folder, ec);
+    std::error_code statusError;
+    if (std::filesystem::is_directory(folder, statusError)) {
+        return true;
+    }
+    std::string reason = ec ? ec.message() : "a file of that name is in the way";
+    err << kHead << "cannot create the output folder " << folder << ": " << reason << "\n";
+    return false;
+}
+
+// Locks the project and the output folder for the whole job, so that a second job on either
+// is refused before it writes anything there. False with the holder or the reason on err.
+bool LockProjectAndFolder(const core::CTarnwickData &data,
+                          const std::string &video,
+                          core::JobLock &projectLock,
+                          core::JobLock &folderLock,
+                          std::ostream &err)
+{
+    const std::string owner = "extract " + video;
+    std::string problem;
+    if (!projectLock.TryAcquire(core::ProjectLockPath(data.project_file), owner, &problem)) {
+        err << kHead << "the project " << data.project_file << " " << problem << "\n";
+        return false;
+    }
+    if (!folderLock.TryAcquire(core::FolderLockPath(data.output_folder), owner, &problem)) {
+        err << kHead << "the output folder " << data.output_folder << " " << problem << "\n";
+        return false;
+    }
+    return true;
+}
+
+// Why the cut of a scene left no segment, from its result.
+std::string CutFailure(int result)
+{
+    if (result == engine::kJobCannotStart) {
+        return "the cut held no picture, or its file could not be written";
+    }
+    return core::StrPrintf("ffmpeg ended with exit code %d", result);
+}
+
+// After a scan that was not stopped: every scene must have its segment. Says on err how many
+// could not be written, where and why; true when all are there.
+bool AllSegmentsWritten(const core::CTarnwickData &data,
+                        const std::vector<int> &cutResults,
+                        bool truncated,
+                        std::ostream &err)
+{
+    int missing = 0;
+    std::string reason;
+    for (size_t i = 0; i < data.diff_list.size(); ++i) {
+        std::error_code ec;
+        if (std::filesystem::is_regular_file(data.diff_list[i].fileName, ec)) {
+            continue;
+        }
+        ++missing;
+        if (reason.empty() && i < cutResults.size() && cutResults[i] != engine::kJobOk) {
+            reason = CutFailure(cutResults[i]);
+        }
+    }
+    if (missing == 0) {
+        return true;
+    }
+    err << kHead << missing << " of " << data.diff_list.size()
+        << " segments could not be written to " << data.output_folder << ": "
+        << (reason.empty() ? "the segment files are missing" : reason)
+        << (truncated ? " (the recording looks damaged, and ffmpeg may not seek in it)" : "")
+        << "\n";
+    return false;
+}
+
+} // namespace
+
+int RunExtract(const std::vector<std::string> &args, CliOutput &io)
+{
+    ScanArgs parsed;
+    int status = ParseAndCheck(args, true, parsed, io);
+    if (status >= 0) {
+        return status;
+    }
+    ScanSession session;
+    core::CTarnwickData &data = session.data;
+    PrepareProject(data, parsed);
+    if (!MakeOutputFolder(core::SetTrailingSeparator(data.output_folder, false), io.err)) {
+        return kExitFailed;
+    }
+    core::JobLock projectLock;
+    core::JobLock folderLock;
+    if (!LockProjectAndFolder(data, parsed.video, projectLock, folderLock, io.err)) {
+        return kExitFailed;
+    }
+    core::DeleteByPattern(core::SegmentPattern(data)); // the segments of an earlier extraction
+    JobOutcome outcome = session.RunSceneExtract(true);
+    ReportScanExtent("extract", parsed.video, outcome, io.err);
+    status = ReportFailure("extract", parsed.video, outcome, session, io.err);
+    if (!outcome.scanned) {
+        return status;
+    }
+    // As the tab does after every scan: what was found, also before a stop, is kept.
+    PrintSummary(parsed.video, data, io.out);
+    PrintTable(data, true, io.out);
+    PrintDefaultNote(outcome, data, io.out);
+    if (status < 0 && !outcome.defaultScene &&
+        !AllSegmentsWritten(data,
+                            session.Engine().cutResults,
+                            outcome.framesScanned < outcome.framesAnnounced,
+                            io.err)) {
+        status = kExitFailed;
+    }
+    std::string error;
+    if (!data.SaveProjectFile(data.project_file, &error)) {
+        io.err << kHead << error << "\n";
+        return status >= 0 ? status : kExitFailed;
+    }
+    io.out << "Project: " << data.project_file << "\n";
+    return status >= 0 ? status : kExitOk;
+}
+
+} // namespace cli

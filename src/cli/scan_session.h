@@ -1,0 +1,91 @@
+// The scene scan of the command line: its arguments, one headless scene tab that runs job 1053,
+// how a run ended, and the reports of scan and extract.
+#pragma once
+
+#include <iosfwd>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "cli/commands.h"
+#include "core/tarnwick_data.h"
+#include "engine/headless_host.h"
+#include "engine/tarnwick_process.h"
+
+namespace cli {
+
+struct ScanArgs
+{
+    std::string video;
+    std::optional<double> threshold; // changed pixels per full-HD frame, 0 to 1000
+    std::optional<double> validMin;  // seconds of activity a scene needs, 1 to 10
+    std::optional<double> cutMin;    // seconds of stillness that end a scene, 1 to 10
+    bool json = false;               // scan only
+    std::string outputFolder;        // extract only; empty: VIDEO + "_out/"
+};
+
+// How a run of job 1053 ended. Read from typed results, never from message texts.
+struct JobOutcome
+{
+    int result = 0;       // the job result
+    bool stopped = false; // Ctrl-C or a termination request
+    bool scanned = false; // the probe succeeded and the scan's tool was started
+    std::string failure;  // text of the first "Failed" state, such as a start failure
+    bool defaultScene = false;
+    int framesScanned = 0;   // frames the scan compared
+    int framesAnnounced = 0; // frames the container announces
+};
+
+// One scene tab of a headless host with its engine and project.
+class ScanSession
+{
+public:
+    ScanSession();
+
+    engine::CTarnwickProcess &Engine() { return m_engine; }
+
+    // Runs job 1053 until it ends or a signal stops it, and waits for what follows the scan.
+    JobOutcome RunSceneExtract(bool bCutScenes);
+
+    core::CTarnwickData data;
+
+private:
+    engine::HeadlessHost m_host; // before the engine: it outlives the engine
+    engine::CTarnwickProcess m_engine;
+};
+
+// Parses the arguments of scan (extract false) or extract and checks VIDEO and the output
+// folder; prints the problem and returns an exit status, or -1 when the command can go on.
+int ParseAndCheck(const std::vector<std::string> &args,
+                  bool extract,
+                  ScanArgs &parsed,
+                  CliOutput &io);
+
+// A new project for the video as opening it makes one, with the options of the command line.
+void PrepareProject(core::CTarnwickData &data, const ScanArgs &args);
+
+// Reports an outcome that is not a success on err; returns its exit status, or -1 when the
+// scan succeeded.
+int ReportFailure(const char *command,
+                  const std::string &video,
+                  const JobOutcome &outcome,
+                  ScanSession &session,
+                  std::ostream &err);
+
+// What a normal end or a stop leaves to say on err: how far a stopped scan came, and a file
+// that holds fewer frames than its container announces.
+void ReportScanExtent(const char *command,
+                      const std::string &video,
+                      const JobOutcome &outcome,
+                      std::ostream &err);
+
+void PrintJson(const std::string &video, const core::CTarnwickData &data, std::ostream &out);
+// One row per scene: number, frames, time codes and length; with files, the segment file.
+void PrintTable(const core::CTarnwickData &data, bool files, std::ostream &out);
+void PrintSummary(const std::string &video, const core::CTarnwickData &data, std::ostream &out);
+// Says when the list is what the scan leaves without a result, in words true to how it ended.
+void PrintDefaultNote(const JobOutcome &outcome,
+                      const core::CTarnwickData &data,
+                      std::ostream &out);
+
+} // namespace cli
