@@ -178,8 +178,7 @@ int ReportFailure(const char *command,
 {
     std::string head = std::string("tarnwickmp4-cli ") + command + ": " + video + ": ";
     if (outcome.stopped) {
-        err << head << "stopped\n";
-        return kExitStopped;
+        return kExitStopped; // ReportScanExtent says how far it came
     }
     if (outcome.result == 0) {
         return -1;

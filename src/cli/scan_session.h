@@ -64,8 +64,8 @@ int ParseAndCheck(const std::vector<std::string> &args,
 // A new project for the video as opening it makes one, with the options of the command line.
 void PrepareProject(core::CTarnwickData &data, const ScanArgs &args);
 
-// Reports an outcome that is not a success on err; returns its exit status, or -1 when the
-// scan succeeded.
+// Reports an outcome that is not a success on err (a stop is ReportScanExtent's to tell);
+// returns its exit status, or -1 when the scan succeeded.
 int ReportFailure(const char *command,
                   const std::string &video,
                   const JobOutcome &outcome,

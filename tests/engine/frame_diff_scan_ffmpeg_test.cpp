@@ -279,4 +279,55 @@ TEST(FrameDiffScan, FailedProbeEndsTheJobWithoutAState)
     EXPECT_EQ(rig.Scene().DefaultSceneCalls(), 0);
 }
 
+TEST(FrameDiffScan, TruncatedFileCountsTheFramesReadAndSaysSoInTheLog)
+{
+    enginetest::LogCapture log;
+    TempDir dir;
+    // Eight seconds of 25 fps in an AVI, cut to half its bytes: the header still announces 200.
+    std::string whole = dir.file("whole.avi");
+    ASSERT_TRUE(testsupport::MakeClip(
+        whole, "testsrc=size=160x120:rate=25:duration=8", {"-c:v", "mpeg4", "-an"}));
+    std::string bytes = testsupport::ReadFile(whole);
+    std::string clip = dir.file("cut.avi");
+    ASSERT_TRUE(testsupport::WriteFile(clip, bytes.substr(0, bytes.size() / 2)));
+    ScanRig rig(clip);
+    rig.engine.bCutScenes = false;
+    ASSERT_EQ(rig.Run(engine::kJobSceneExtract), 0);
+    const int read = rig.engine.nScanFrames;
+    EXPECT_EQ(rig.data.viInput.frame_num, 200);
+    EXPECT_GT(read, 0);
+    EXPECT_LT(read, 200);
+    std::vector<std::string> notes;
+    for (const std::string &line :
+         log.LinesWithoutPositions("CTarnwickProcess::ExecuteCmdLoadVideo")) {
+        if (line.find(") only ") != std::string::npos) {
+            notes.push_back(line);
+        }
+    }
+    EXPECT_EQ(notes,
+              (std::vector<std::string>{core::StrPrintf(
+                  "CTarnwickProcess::ExecuteCmdLoadVideo(N) only %d of 200 frames could be read; "
+                  "the file looks truncated",
+                  read)}));
+    for (const core::SceneEntry &scene : rig.data.diff_list) {
+        EXPECT_LE(scene.framNo_first, scene.framNo_second);
+        EXPECT_LT(scene.framNo_second, read);
+    }
+}
+
+TEST(FrameDiffScan, WholeFileLogsNoTruncation)
+{
+    enginetest::LogCapture log;
+    TempDir dir;
+    std::string clip = MakeMotionClip(dir);
+    ScanRig rig(clip);
+    rig.engine.bCutScenes = false;
+    ASSERT_EQ(rig.Run(engine::kJobSceneExtract), 0);
+    EXPECT_EQ(rig.engine.nScanFrames, rig.data.viInput.frame_num);
+    EXPECT_TRUE(log.Lines("CTarnwickProcess::ExecuteCmdLoadVideo(").size() >= 1);
+    for (const std::string &line : log.Lines("CTarnwickProcess::ExecuteCmdLoadVideo(")) {
+        EXPECT_EQ(line.find("truncated"), std::string::npos) << line;
+    }
+}
+
 } // namespace

@@ -3,6 +3,7 @@
 // collected output and the stop.
 #include "engine/tarnwick_process.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <string>
 #include <vector>
@@ -198,6 +199,37 @@ TEST(Runner, ProcessFieldHoldsTheChildOnlyWhileItRuns)
     rig.WaitForJob();
     EXPECT_GT(during, 0);
     EXPECT_EQ(rig.engine.hProcess, 0);
+}
+
+TEST(Runner, StopReachesAToolThatWritesNothing)
+{
+    EngineRig rig;
+    rig.engine.SetJobFunction(
+        kTestJob, 0, [&](int) { return rig.engine.ExecuteCmd("sleep 600.4418"); });
+    ASSERT_EQ(rig.engine.StartThread(kTestJob), 1);
+    rig.host.Loop().RunUntil([] { return testsupport::CountProcessesWith("sleep 600.4418") > 0; });
+    // The tool prints nothing, ever: only the runner's own wait can notice the stop.
+    rig.engine.CancelProcess();
+    EXPECT_EQ(rig.engine.nProcessExitCode, -2);
+    EXPECT_EQ(testsupport::CountProcessesWith("sleep 600.4418"), 0);
+}
+
+TEST(Runner, CommandThatWouldSplitAPathIsRefusedAndStartsNothing)
+{
+    enginetest::LogCapture log;
+    EngineRig rig;
+    const std::string path = "x.mp4\" -report \"-hide_banner 77.5";
+    const std::string command = "sleep \"" + path + "\"";
+    bool carried = true;
+    RunAsJob(rig, [&] {
+        carried = rig.engine.CommandCarriesPaths("Test", 1, command, {path});
+        return 0;
+    });
+    EXPECT_FALSE(carried);
+    EXPECT_EQ(States(rig.Scene()),
+              (std::vector<std::string>{"3:The path cannot be passed to the tool: " + path +
+                                        " contains a double quote"}));
+    EXPECT_EQ(log.Lines("Test("), (std::vector<std::string>{"Test(1) [NG:-1] " + command}));
 }
 
 } // namespace

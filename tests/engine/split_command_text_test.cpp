@@ -1,6 +1,7 @@
 // Tests of the command-text splitter: the Windows C runtime's quoting rule, case by case.
 #include "engine/child_process.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -56,6 +57,44 @@ TEST(SplitCommandText, FollowsTheWindowsRuntimeRule)
         SCOPED_TRACE(c.text);
         EXPECT_EQ(engine::SplitCommandText(c.text), c.args);
     }
+}
+
+TEST(PathNotCarried, PathsThatStayOneArgumentPass)
+{
+    const std::string path = "/tmp/a b/$(x);'c'\\d.mp4";
+    const std::string command = "ffprobe -v quiet \"" + path + "\"";
+    EXPECT_EQ(engine::PathNotCarried(command, {path}), std::nullopt);
+}
+
+TEST(PathNotCarried, QuoteInAPathWouldBecomeExtraArguments)
+{
+    const std::string path = "box.mp4\" -report \"-hide_banner";
+    const std::string command = "ffprobe -v quiet \"" + path + "\"";
+    // This is what the tool would get: options of the path's own making.
+    EXPECT_EQ(
+        engine::SplitCommandText(command),
+        (std::vector<std::string>{"ffprobe", "-v", "quiet", "box.mp4", "-report", "-hide_banner"}));
+    EXPECT_EQ(engine::PathNotCarried(command, {path}), path);
+}
+
+TEST(PathNotCarried, TrailingBackslashWouldSwallowTheClosingQuote)
+{
+    const std::string path = "/tmp/name\\";
+    const std::string command = "ffmpeg -i \"" + path + "\" -y \"/tmp/out.mp4\"";
+    EXPECT_EQ(engine::PathNotCarried(command, {path, "/tmp/out.mp4"}), path);
+    // The swallowed quote takes the next path with it.
+    EXPECT_EQ(engine::PathNotCarried(command, {"/tmp/out.mp4"}), "/tmp/out.mp4");
+}
+
+TEST(PathNotCarried, PathMissingFromTheCommandIsReported)
+{
+    EXPECT_EQ(engine::PathNotCarried("ffmpeg -i \"/a.mp4\"", {"/a.mp4", "/b.mp4"}), "/b.mp4");
+}
+
+TEST(PathNotCarried, LineBreakIsRefusedEvenThoughItSplitsIntact)
+{
+    const std::string path = "/tmp/a\nb.mp4";
+    EXPECT_EQ(engine::PathNotCarried("ffprobe \"" + path + "\"", {path}), path);
 }
 
 } // namespace

@@ -18,80 +18,27 @@
 #include "core/project_names.h"
 #include "engine/engine_fixture.h"
 #include "engine/job_pool.h"
+#include "render/cut_fixture.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 
 using core::SceneEntry;
+using cuttest::CutProject;
+using cuttest::DecodedFrames;
+using cuttest::FramesOf;
+using cuttest::kClipSource;
 using engine::AppMessage;
 using engine::JobMessage;
 using enginetest::EngineRig;
 using enginetest::States;
 using enginetest::Words;
 
-// 100 frames of 160x120 at 25 fps.
-const char *kClipSource = "testsrc2=size=160x120:rate=25:duration=4";
-
-// Frames of a file as ffprobe counts them by decoding; -1 when it cannot read the file.
-int DecodedFrames(const std::string &path)
-{
-    std::vector<std::string> argv{"ffprobe", "-v", "error", "-count_frames", "-select_streams"};
-    argv.insert(argv.end(), {"v:0", "-show_entries", "stream=nb_read_frames", "-of", "csv=p=0"});
-    argv.push_back(path);
-    testsupport::RunResult r = testsupport::RunProgram(argv);
-    return r.exitCode == 0 ? std::atoi(r.out.c_str()) : -1;
-}
-
 fs::file_time_type ModifiedAt(const std::string &path)
 {
     return fs::last_write_time(path);
 }
-
-int FramesOf(const SceneEntry &scene)
-{
-    return scene.framNo_second - scene.framNo_first + 1;
-}
-
-// A project on a generated clip whose name holds a blank, with an output folder that does not
-// exist yet.
-struct CutProject
-{
-    CutProject()
-    {
-        clip = dir.file("my clip.mp4");
-        EXPECT_TRUE(testsupport::MakeClip(clip, kClipSource));
-        rig.data.input_file = clip;
-        rig.data.output_folder = dir.file("seg out") + "/";
-        rig.data.bUseCuda = 0;
-        rig.data.nEncodePreset = 1;
-        EXPECT_EQ(rig.engine.OpenVideoFile(clip), 0);
-    }
-
-    int AddScene(int first, int last, bool bEnable = true)
-    {
-        std::lock_guard<std::mutex> lock(rig.data.sceneLock.m);
-        rig.data.diff_list.emplace_back(first, last, core::SegmentPath(rig.data, first, last));
-        rig.data.diff_list.back().bEnable = bEnable;
-        return static_cast<int>(rig.data.diff_list.size()) - 1;
-    }
-
-    SceneEntry Scene(int nScene)
-    {
-        std::lock_guard<std::mutex> lock(rig.data.sceneLock.m);
-        return rig.data.diff_list.at(static_cast<size_t>(nScene));
-    }
-
-    void SetListIndex(int nScene)
-    {
-        std::lock_guard<std::mutex> lock(rig.data.sceneLock.m);
-        rig.data.list_idx = nScene;
-    }
-
-    testsupport::TempDir dir;
-    std::string clip;
-    EngineRig rig;
-};
 
 bool EndsWith(const std::string &text, const std::string &tail)
 {

@@ -11,13 +11,17 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "support/test_support.h"
+
 extern char **environ;
 
 namespace testsupport {
 namespace {
 
-// Starts the CLI without waiting; its output goes to /dev/null.
-pid_t SpawnCli(const std::vector<std::string> &args)
+// Starts the CLI without waiting; its output goes to the files outPath and errPath.
+pid_t SpawnCli(const std::vector<std::string> &args,
+               const std::string &outPath,
+               const std::string &errPath)
 {
     std::vector<std::string> all{TW_CLI_PATH};
     all.insert(all.end(), args.begin(), args.end());
@@ -28,8 +32,8 @@ pid_t SpawnCli(const std::vector<std::string> &args)
     argv.push_back(nullptr);
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
-    posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, 1, outPath.c_str(), O_WRONLY | O_CREAT, 0644);
+    posix_spawn_file_actions_addopen(&actions, 2, errPath.c_str(), O_WRONLY | O_CREAT, 0644);
     pid_t pid = 0;
     int rc = posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
@@ -43,7 +47,8 @@ SignalledRun SignalCliWhenReady(const std::vector<std::string> &args,
                                 const std::function<bool()> &ready)
 {
     SignalledRun run;
-    pid_t cli = SpawnCli(args);
+    TempDir outputs;
+    pid_t cli = SpawnCli(args, outputs.file("out.txt"), outputs.file("err.txt"));
     EXPECT_GT(cli, 0);
     int status = 0;
     while (!ready()) {
@@ -58,6 +63,8 @@ SignalledRun SignalCliWhenReady(const std::vector<std::string> &args,
         waitpid(cli, &status, 0);
     }
     run.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    run.out = ReadFile(outputs.file("out.txt"));
+    run.err = ReadFile(outputs.file("err.txt"));
     return run;
 }
 

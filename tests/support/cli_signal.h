@@ -12,9 +12,11 @@ struct SignalledRun
 {
     bool endedEarly = false; // the program ended before it was ready, and got no signal
     int exitCode = -1;       // exit status, or 128 + signal number
+    std::string out;         // what it wrote to standard output
+    std::string err;         // what it wrote to standard error
 };
 
-// Starts the command-line front end with args (its output goes to /dev/null), polls ready()
+// Starts the command-line front end with args (its output is collected), polls ready()
 // until it holds, then sends sig and waits for the program's end. Fails the current test when
 // the program cannot be started.
 SignalledRun SignalCliWhenReady(const std::vector<std::string> &args,
