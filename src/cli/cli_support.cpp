@@ -24,6 +24,28 @@ std::string UnusablePath(const std::string &path)
            "its folder";
 }
 
+std::string CheckOutputOptions(const std::string &folder, const std::string &name)
+{
+    if (!folder.empty()) {
+        std::string problem = UnusablePath(folder + "/");
+        if (!problem.empty()) {
+            return "--output-folder " + PrintablePath(folder) + ": " + problem;
+        }
+    }
+    if (!name.empty()) {
+        if (name.find('/') != std::string::npos || name == "." || name == "..") {
+            return "--output-name " + PrintablePath(name) +
+                   ": a file name is wanted, without a folder (use --output-folder for that)";
+        }
+        std::string problem = core::PathProblem(name);
+        if (!problem.empty()) {
+            return "--output-name " + PrintablePath(name) + ": the name " + problem +
+                   ", which a tool's command line cannot carry";
+        }
+    }
+    return "";
+}
+
 std::string PrintablePath(const std::string &path)
 {
     std::string text = path;

@@ -95,7 +95,7 @@ bool AllSegmentsWritten(const core::CTarnwickData &data,
 int RunExtract(const std::vector<std::string> &args, CliOutput &io)
 {
     ScanArgs parsed;
-    int status = ParseAndCheck(args, true, parsed, io);
+    int status = ParseAndCheck(args, ScanKind::Extract, parsed, io);
     if (status >= 0) {
         return status;
     }

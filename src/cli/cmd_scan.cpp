@@ -8,7 +8,7 @@ namespace cli {
 int RunScan(const std::vector<std::string> &args, CliOutput &io)
 {
     ScanArgs parsed;
-    int status = ParseAndCheck(args, false, parsed, io);
+    int status = ParseAndCheck(args, ScanKind::Scan, parsed, io);
     if (status >= 0) {
         return status;
     }

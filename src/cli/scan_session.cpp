@@ -27,6 +27,9 @@ constexpr const char *kScanUsage =
 constexpr const char *kExtractUsage =
     "Usage: tarnwickmp4-cli extract VIDEO [--threshold N] [--valid-min S] [--cut-min S] "
     "[--output-folder DIR]\n";
+constexpr const char *kRunUsage =
+    "Usage: tarnwickmp4-cli run VIDEO [--threshold N] [--valid-min S] [--cut-min S] "
+    "[--transition] [--output-folder DIR] [--output-name NAME] [--title TEXT] [--auto-picture]\n";
 
 // The whole text is a finite number.
 bool ParseNumber(const std::string &text, double &value)
@@ -40,38 +43,44 @@ bool ParseNumber(const std::string &text, double &value)
     return *end == '\0' && errno == 0 && std::isfinite(value);
 }
 
-// The arguments of scan (extract false) or extract. Returns an error line for a bad value, or
-// an empty text with usage set when the usage should be shown.
+// The arguments of a scan command. Returns an error line for a bad value, or an empty text
+// with usage set when the usage should be shown.
 std::string
-ParseScanArgs(const std::vector<std::string> &args, bool extract, ScanArgs &parsed, bool &usage)
+ParseScanArgs(const std::vector<std::string> &args, ScanKind kind, ScanArgs &parsed, bool &usage)
 {
     usage = false;
+    const bool writes = kind != ScanKind::Scan;
+    const bool run = kind == ScanKind::Run;
     for (size_t i = 0; i < args.size(); ++i) {
         const std::string &arg = args[i];
         std::optional<double> *number = arg == "--threshold"   ? &parsed.threshold
                                         : arg == "--valid-min" ? &parsed.validMin
                                         : arg == "--cut-min"   ? &parsed.cutMin
                                                                : nullptr;
-        if (number != nullptr || (extract && arg == "--output-folder")) {
-            if (i + 1 >= args.size()) {
+        std::string *text = writes && arg == "--output-folder" ? &parsed.outputFolder
+                            : run && arg == "--output-name"    ? &parsed.outputName
+                            : run && arg == "--title"          ? &parsed.title
+                                                               : nullptr;
+        if (number != nullptr || text != nullptr) {
+            if (i + 1 >= args.size() || (text != nullptr && args[i + 1].empty())) {
                 usage = true;
                 return "";
             }
-            const std::string &text = args[++i];
-            double value = 0;
-            if (number == nullptr) {
-                if (text.empty()) {
-                    usage = true;
-                    return "";
-                }
-                parsed.outputFolder = text;
-            } else if (ParseNumber(text, value)) {
-                *number = value;
+            const std::string &value = args[++i];
+            double number_value = 0;
+            if (text != nullptr) {
+                *text = value;
+            } else if (ParseNumber(value, number_value)) {
+                *number = number_value;
             } else {
-                return arg + ": \"" + text + "\" is not a number";
+                return arg + ": \"" + value + "\" is not a number";
             }
-        } else if (!extract && arg == "--json") {
+        } else if (kind == ScanKind::Scan && arg == "--json") {
             parsed.json = true;
+        } else if (run && arg == "--transition") {
+            parsed.transition = true;
+        } else if (run && arg == "--auto-picture") {
+            parsed.autoPicture = true;
         } else if (arg.size() > 1 && arg[0] == '-' && arg != "-") {
             usage = true;
             return "";
@@ -121,6 +130,11 @@ double FrameSeconds(int frame, double fps)
 
 } // namespace
 
+const char *CommandName(ScanKind kind)
+{
+    return kind == ScanKind::Scan ? "scan" : kind == ScanKind::Extract ? "extract" : "run";
+}
+
 ScanSession::ScanSession()
 {
     m_engine.pData = &data;
@@ -131,10 +145,20 @@ ScanSession::ScanSession()
 
 JobOutcome ScanSession::RunSceneExtract(bool bCutScenes)
 {
+    return RunJob(engine::kJobSceneExtract, bCutScenes, {});
+}
+
+JobOutcome ScanSession::RunJob(int nJob,
+                               bool bCutScenes,
+                               const std::function<void(const engine::JobMessage &)> &observer)
+{
     JobOutcome outcome;
     engine::HeadlessTab &tab = m_host.Tab(0);
     int stages = 0;
     tab.SetOnMessage([&](const engine::JobMessage &msg) {
+        if (observer) {
+            observer(msg);
+        }
         if (msg.id == engine::AppMessage::WM_APP_STAGE_BEGIN) {
             ++stages;
         } else if (msg.id == engine::AppMessage::WM_APP_JOB_STATE &&
@@ -145,7 +169,7 @@ JobOutcome ScanSession::RunSceneExtract(bool bCutScenes)
     });
     m_engine.bCutScenes = bCutScenes;
     m_engine.nScanFrames = 0;
-    outcome.stopped = !RunJobUntilSignal(m_engine, m_host, engine::kJobSceneExtract);
+    outcome.stopped = !RunJobUntilSignal(m_engine, m_host, nJob);
     m_engine.JoinAfterScanThread();
     outcome.result = m_engine.nProcessExitCode;
     outcome.scanned = stages >= 2;
@@ -298,15 +322,17 @@ void PrintDefaultNote(const JobOutcome &outcome, const core::CTarnwickData &data
 }
 
 int ParseAndCheck(const std::vector<std::string> &args,
-                  bool extract,
+                  ScanKind kind,
                   ScanArgs &parsed,
                   CliOutput &io)
 {
-    const char *command = extract ? "extract" : "scan";
+    const char *command = CommandName(kind);
     bool usage = false;
-    std::string error = ParseScanArgs(args, extract, parsed, usage);
+    std::string error = ParseScanArgs(args, kind, parsed, usage);
     if (usage) {
-        io.err << (extract ? kExtractUsage : kScanUsage);
+        io.err << (kind == ScanKind::Scan      ? kScanUsage
+                   : kind == ScanKind::Extract ? kExtractUsage
+                                               : kRunUsage);
         return kExitBadInput;
     }
     if (!error.empty()) {
@@ -320,13 +346,10 @@ int ParseAndCheck(const std::vector<std::string> &args,
                << problem << "\n";
         return kExitBadInput;
     }
-    if (!parsed.outputFolder.empty()) {
-        problem = UnusablePath(parsed.outputFolder + "/");
-        if (!problem.empty()) {
-            io.err << "tarnwickmp4-cli " << command << ": --output-folder "
-                   << PrintablePath(parsed.outputFolder) << ": " << problem << "\n";
-            return kExitBadInput;
-        }
+    problem = CheckOutputOptions(parsed.outputFolder, parsed.outputName);
+    if (!problem.empty()) {
+        io.err << "tarnwickmp4-cli " << command << ": " << problem << "\n";
+        return kExitBadInput;
     }
     return -1;
 }

@@ -2,6 +2,7 @@
 // how a run ended, and the reports of scan and extract.
 #pragma once
 
+#include <functional>
 #include <iosfwd>
 #include <optional>
 #include <string>
@@ -14,6 +15,12 @@
 
 namespace cli {
 
+// The commands that scan a video: scan only, extract (scan and cut), run (scan, cut, render).
+enum class ScanKind { Scan, Extract, Run };
+
+// "scan", "extract" or "run".
+const char *CommandName(ScanKind kind);
+
 struct ScanArgs
 {
     std::string video;
@@ -21,7 +28,11 @@ struct ScanArgs
     std::optional<double> validMin;  // seconds of activity a scene needs, 1 to 10
     std::optional<double> cutMin;    // seconds of stillness that end a scene, 1 to 10
     bool json = false;               // scan only
-    std::string outputFolder;        // extract only; empty: VIDEO + "_out/"
+    std::string outputFolder;        // extract and run; empty: VIDEO + "_out/"
+    std::string outputName;          // run only; empty: the input's name + "_trim.mp4"
+    std::string title;               // run only; empty: the default title
+    bool transition = false;         // run only: cross-fades between the scenes
+    bool autoPicture = false;        // run only: picture values measured from the video
 };
 
 // How a run of job 1053 ended. Read from typed results, never from message texts.
@@ -46,6 +57,10 @@ public:
 
     // Runs job 1053 until it ends or a signal stops it, and waits for what follows the scan.
     JobOutcome RunSceneExtract(bool bCutScenes);
+    // Runs job nJob the same way; observer sees every message of the tab, on this thread.
+    JobOutcome RunJob(int nJob,
+                      bool bCutScenes,
+                      const std::function<void(const engine::JobMessage &)> &observer);
 
     core::CTarnwickData data;
 
@@ -54,10 +69,10 @@ private:
     engine::CTarnwickProcess m_engine;
 };
 
-// Parses the arguments of scan (extract false) or extract and checks VIDEO and the output
-// folder; prints the problem and returns an exit status, or -1 when the command can go on.
+// Parses the arguments of a scan command and checks VIDEO and the output options; prints the
+// problem and returns an exit status, or -1 when the command can go on.
 int ParseAndCheck(const std::vector<std::string> &args,
-                  bool extract,
+                  ScanKind kind,
                   ScanArgs &parsed,
                   CliOutput &io);
 

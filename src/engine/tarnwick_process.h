@@ -22,9 +22,16 @@
 #include "engine/guarded_value.h"
 #include "engine/job_messages.h"
 
+namespace render {
+struct EncodeArgs;
+struct MergeStep;
+struct TrimNames;
+} // namespace render
+
 namespace engine {
 
 struct StatusMatch;
+struct TrimPrecheck;
 
 // Results of every job and job step. Any other value is the exit code of the failing tool.
 inline constexpr int kJobOk = 0;
@@ -208,6 +215,15 @@ public:
     // The destructor ends it.
     void StartQueueThread(int nMergeMode);
 
+    // ---- Final render (job 1006 on the scene tab) ----
+
+    // Makes output from the enabled scenes of input: checks every segment and recuts stale ones
+    // side by side, merges the segments (concat demuxer, or merge graphs in levels with the
+    // transition), and encodes the film once more with the picture chain and captions. The
+    // segments stay as the cache of the next render; the merge files go. 0, or the first
+    // failure's result (-2 for a stop), with output deleted. Worker thread only.
+    int ProcessTrim(const std::string &input, const std::string &output);
+
     // ---- Reports and paths of a job ----
 
     // The tab that gets reports now; null without a host.
@@ -283,6 +299,26 @@ private:
     void ReportStatus(bool bPlayback, const StatusMatch &match, int nTotal, int nBase, double fps);
     // The state report after a step with progress has ended: none, "Stopped" or "ExitCode(%d)".
     void ReportStepEnd(bool bPlayback, int exitCode);
+
+    // The stages of ProcessTrim: the precheck with its cuts, the merge (by the concat demuxer
+    // or by graphs in levels) into merged with nFinal frames, and the final encode.
+    int PrecheckSegments(const std::string &input, int nScenes, TrimPrecheck &checked);
+    int MergeSegments(const render::TrimNames &names,
+                      const TrimPrecheck &checked,
+                      std::string &merged,
+                      int &nFinal);
+    int MergeByConcat(const render::TrimNames &names,
+                      const render::EncodeArgs &args,
+                      const std::string &merged,
+                      int nTotal);
+    int MergeByGraphs(const render::TrimNames &names,
+                      const render::EncodeArgs &args,
+                      const std::vector<render::MergeStep> &inputs,
+                      std::string &merged);
+    int EncodeFinal(const render::TrimNames &names,
+                    const std::string &merged,
+                    int nFinal,
+                    const std::string &output);
 
     std::map<std::pair<int, int>, JobFunction> m_jobTable; // (bMergeMode, job) to function
     JobFunction m_playback[2];                             // per bMergeMode
