@@ -215,6 +215,23 @@ public:
     // The destructor ends it.
     void StartQueueThread(int nMergeMode);
 
+    // ---- Filter chains and captions ----
+
+    // The -vf chain of the project's picture settings for viCurrent (render::BuildVideoFilterText).
+    // With bVf it holds the caption filter of BuildCaptionFilter, for the whole film while job
+    // 1006 or 1057 runs; bPreview: the chain is for one still frame at nPreviewFrame; nScene:
+    // the scene whose caption applies, negative for list_idx. Job worker thread or preview
+    // thread; the caller must not hold pData->sceneLock.
+    std::string BuildVideoFilter(bool bVf, bool bPad, bool bPreview, bool bRotated, int nScene);
+    // Writes the ASS file of the case into output_folder (name ending "_all.ass" with bAll,
+    // "_one.ass" with bPreview, else "_seg.ass"; see render::CaptionFilePath) in UTF-8 and
+    // returns "subtitles='<path>'" with the path escaped for the filter graph. Empty, and no
+    // file written, when no caption is in force. A file that cannot be written is logged and
+    // the filter text is returned all the same. On the merge tab the project's watermark text
+    // is emptied first. w and h: the frame before the sample aspect ratio. Same threads and
+    // lock rule as BuildVideoFilter.
+    std::string BuildCaptionFilter(bool bAll, int w, int h, bool bPreview, int nScene);
+
     // ---- Final render (job 1006 on the scene tab) ----
 
     // Makes output from the enabled scenes of input: checks every segment and recuts stale ones
