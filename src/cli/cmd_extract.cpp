@@ -6,50 +6,15 @@
 #include <system_error>
 
 #include "cli/commands.h"
+#include "cli/job_guard.h"
 #include "cli/scan_session.h"
 #include "core/helpers.h"
-#include "core/job_lock.h"
 #include "core/project_names.h"
 
 namespace cli {
 namespace {
 
 constexpr const char *kHead = "tarnwickmp4-cli extract: ";
-
-// Makes the output folder; false with the reason on err when it cannot be made.
-bool MakeOutputFolder(const std::string &folder, std::ostream &err)
-{
-    std::error_code ec;
-    std::filesystem::create_directories(folder, ec);
-    std::error_code statusError;
-    if (std::filesystem::is_directory(folder, statusError)) {
-        return true;
-    }
-    std::string reason = ec ? ec.message() : "a file of that name is in the way";
-    err << kHead << "cannot create the output folder " << folder << ": " << reason << "\n";
-    return false;
-}
-
-// Locks the project and the output folder for the whole job, so that a second job on either
-// is refused before it writes anything there. False with the holder or the reason on err.
-bool LockProjectAndFolder(const core::CTarnwickData &data,
-                          const std::string &video,
-                          core::JobLock &projectLock,
-                          core::JobLock &folderLock,
-                          std::ostream &err)
-{
-    const std::string owner = "extract " + video;
-    std::string problem;
-    if (!projectLock.TryAcquire(core::ProjectLockPath(data.project_file), owner, &problem)) {
-        err << kHead << "the project " << data.project_file << " " << problem << "\n";
-        return false;
-    }
-    if (!folderLock.TryAcquire(core::FolderLockPath(data.output_folder), owner, &problem)) {
-        err << kHead << "the output folder " << data.output_folder << " " << problem << "\n";
-        return false;
-    }
-    return true;
-}
 
 // Why the cut of a scene left no segment, from its result.
 std::string CutFailure(int result)
@@ -102,12 +67,8 @@ int RunExtract(const std::vector<std::string> &args, CliOutput &io)
     ScanSession session;
     core::CTarnwickData &data = session.data;
     PrepareProject(data, parsed);
-    if (!MakeOutputFolder(core::SetTrailingSeparator(data.output_folder, false), io.err)) {
-        return kExitFailed;
-    }
-    core::JobLock projectLock;
-    core::JobLock folderLock;
-    if (!LockProjectAndFolder(data, parsed.video, projectLock, folderLock, io.err)) {
+    JobGuard guard(kHead);
+    if (!guard.Take(data, "extract " + parsed.video, io.err)) {
         return kExitFailed;
     }
     core::DeleteByPattern(core::SegmentPattern(data)); // the segments of an earlier extraction

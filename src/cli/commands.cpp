@@ -25,6 +25,11 @@ const CommandEntry kCommands[] = {
     {"extract",
      RunExtract,
      "extract VIDEO [--threshold N] [--valid-min S] [--cut-min S] [--output-folder DIR]"},
+    {"render", RunRender, "render PROJECT [--output-folder DIR] [--output-name NAME]"},
+    {"run",
+     RunRun,
+     "run VIDEO [--threshold N] [--valid-min S] [--cut-min S] [--transition] [--output-folder "
+     "DIR] [--output-name NAME] [--title TEXT] [--auto-picture]"},
 };
 
 void PrintUsage(std::ostream &os)

@@ -43,6 +43,18 @@ int RunScan(const std::vector<std::string> &args, CliOutput &io);
 // saved also after a stop or a failing tool, with what was finished; exit statuses as scan.
 int RunExtract(const std::vector<std::string> &args, CliOutput &io);
 
+// render PROJECT [--output-folder DIR] [--output-name NAME]: the finished film of a saved
+// project (job 1006): good segments reused, stale ones cut again, merged with or without
+// cross-fades, encoded with picture settings and captions. Prints the film's path. A progress
+// line on standard error. Exit 2 for a project that cannot be read, whose video is gone or with
+// no scene ticked; 1 when the render fails or the project or folder is in use; 130 on Ctrl-C,
+// with nothing left under the film's name.
+int RunRender(const std::vector<std::string> &args, CliOutput &io);
+// run VIDEO [scan options] [--transition] [--output-folder DIR] [--output-name NAME] [--title
+// TEXT] [--auto-picture]: scan, cuts and render of a new project (job 1057); prints the scenes,
+// the saved project and the film.
+int RunRun(const std::vector<std::string> &args, CliOutput &io);
+
 // Parses argv and runs the named command; prints usage for unknown ones.
 int RunCommandLine(int argc, char **argv);
 

@@ -191,6 +191,10 @@ void PrepareProject(core::CTarnwickData &data, const ScanArgs &args)
         std::string folder = std::filesystem::absolute(args.outputFolder, ec).string();
         data.output_folder = core::SetTrailingSeparator(folder, true);
     }
+    data.output_name = args.outputName;
+    data.capTitle.caption = args.title;
+    data.transition = args.transition ? 1 : 0;
+    // What is still empty gets its name from the video.
     core::DeriveProjectNames(data, std::filesystem::absolute(args.video, ec).string());
 }
 

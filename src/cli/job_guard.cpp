@@ -1,0 +1,36 @@
+// What every command that writes a project does around its job: the output folder made, and
+// the project and the output folder locked for the job's whole length.
+#include "cli/job_guard.h"
+
+#include <filesystem>
+#include <ostream>
+#include <system_error>
+
+#include "core/helpers.h"
+
+namespace cli {
+
+bool JobGuard::Take(const core::CTarnwickData &data, const std::string &owner, std::ostream &err)
+{
+    const std::string folder = core::SetTrailingSeparator(data.output_folder, false);
+    std::error_code ec;
+    std::filesystem::create_directories(folder, ec);
+    std::error_code statusError;
+    if (!std::filesystem::is_directory(folder, statusError)) {
+        std::string reason = ec ? ec.message() : "a file of that name is in the way";
+        err << m_head << "cannot create the output folder " << folder << ": " << reason << "\n";
+        return false;
+    }
+    std::string problem;
+    if (!m_projectLock.TryAcquire(core::ProjectLockPath(data.project_file), owner, &problem)) {
+        err << m_head << "the project " << data.project_file << " " << problem << "\n";
+        return false;
+    }
+    if (!m_folderLock.TryAcquire(core::FolderLockPath(data.output_folder), owner, &problem)) {
+        err << m_head << "the output folder " << data.output_folder << " " << problem << "\n";
+        return false;
+    }
+    return true;
+}
+
+} // namespace cli
