@@ -340,12 +340,8 @@ int CTarnwickProcess::CutAllScenes(const std::string &path)
             continue;
         }
         SendToTab(AppMessage::WM_APP_STAGE_TEXT, 0, 0, SceneStageText(i));
-        // A segment that is still good is kept as it is, as the final render does.
-        if (IsFresh(GetFrameCount(scene->fileName), *scene)) {
-            nBase += FrameCountOf(*scene);
-            PostToTab(AppMessage::WM_APP_PROGRESS, nTotal, nBase);
-            continue;
-        }
+        // Every ticked scene is cut again, with the encoder settings of now; reusing good
+        // segments is the final render's business.
         int result = CutScene(path, i, nTotal, nBase, true);
         if (result != kJobOk) {
             return result; // the runner has reported it; finished segments stay
