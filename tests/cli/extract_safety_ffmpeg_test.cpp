@@ -57,25 +57,11 @@ int DecodedFrames(const std::string &path)
     return r.exitCode == 0 && !r.out.empty() ? std::atoi(r.out.c_str()) : -1;
 }
 
-// Files in folder whose names contain part.
-std::vector<std::string> FilesWith(const std::string &folder, const std::string &part)
-{
-    std::vector<std::string> files;
-    std::error_code ec;
-    for (const auto &entry : fs::directory_iterator(folder, ec)) {
-        std::string name = entry.path().filename().string();
-        if (name.find(part) != std::string::npos) {
-            files.push_back(entry.path().string());
-        }
-    }
-    return files;
-}
-
 // The tool's own report files in the working folder.
 std::set<std::string> ReportFiles()
 {
     std::set<std::string> files;
-    for (const std::string &file : FilesWith(".", ".log")) {
+    for (const std::string &file : testsupport::FilesMatching(".", ".log")) {
         if (fs::path(file).filename().string().rfind("ff", 0) == 0) {
             files.insert(file);
         }
@@ -155,7 +141,7 @@ struct RunningExtract
         thread = std::thread([this, clip, folder] {
             result = RunCli({"extract", clip, "--output-folder", folder});
         });
-        while (FilesWith(folder, ".mp4").empty()) {
+        while (testsupport::FilesMatching(folder, ".mp4").empty()) {
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
         }
         (void)dir;
@@ -185,7 +171,7 @@ TEST(CliHardening, SecondJobOnTheSameProjectIsRefusedAndWritesNothing)
         << second.err;
     EXPECT_NE(second.err.find(": extract " + clip + ")\n"), std::string::npos) << second.err;
     EXPECT_TRUE(IsOneLine(second.err));
-    EXPECT_TRUE(FilesWith(dir.file("o2"), ".mp4").empty());
+    EXPECT_TRUE(testsupport::FilesMatching(dir.file("o2"), ".mp4").empty());
     first.thread.join();
     EXPECT_EQ(first.result.exitCode, 0) << first.result.err;
     ExpectProjectTrue(clip + ".twproj");
@@ -209,7 +195,8 @@ TEST(CliHardening, SecondJobIntoTheSameOutputFolderIsRefused)
         << second.err;
     first.thread.join();
     EXPECT_EQ(first.result.exitCode, 0) << first.result.err;
-    EXPECT_TRUE(FilesWith(folder, "other_seg_").empty()) << "the refused job cut nothing";
+    EXPECT_TRUE(testsupport::FilesMatching(folder, "other_seg_").empty())
+        << "the refused job cut nothing";
     EXPECT_FALSE(fs::exists(other + ".twproj"));
     ExpectProjectTrue(clip + ".twproj");
 }
@@ -247,7 +234,7 @@ TEST(CliHardening, StopsAtRandomMomentsNeverRecordAWrongScene)
         if (fs::exists(clip + ".twproj")) {
             ExpectProjectTrue(clip + ".twproj");
         }
-        EXPECT_TRUE(FilesWith(clip + "_out", ".partial.").empty());
+        EXPECT_TRUE(testsupport::FilesMatching(clip + "_out", ".partial.").empty());
     }
 }
 
@@ -256,15 +243,17 @@ TEST(CliHardening, KillDuringCuttingLeavesNoBrokenFileUnderAFinalName)
     TempDir dir;
     std::string clip = MakeLongClip(dir);
     std::string folder = clip + "_out";
-    testsupport::SignalledRun run = testsupport::SignalCliWhenReady(
-        {"extract", clip}, SIGKILL, [&] { return !FilesWith(folder, ".partial.mp4").empty(); });
+    testsupport::SignalledRun run =
+        testsupport::SignalCliWhenReady({"extract", clip}, SIGKILL, [&] {
+            return !testsupport::FilesMatching(folder, ".partial.mp4").empty();
+        });
     ASSERT_FALSE(run.endedEarly);
     EXPECT_EQ(run.exitCode, 128 + SIGKILL);
     for (int i = 0; i < 100 && testsupport::CountProcessesWith(dir.path()) != 0; ++i) {
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
     }
     EXPECT_EQ(testsupport::CountProcessesWith(dir.path()), 0) << "a tool outlived the kill";
-    for (const std::string &file : FilesWith(folder, "_seg_")) {
+    for (const std::string &file : testsupport::FilesMatching(folder, "_seg_")) {
         if (file.find(".partial.") == std::string::npos) {
             SCOPED_TRACE(file);
             EXPECT_GT(DecodedFrames(file), 0);
@@ -284,8 +273,8 @@ TEST(CliHardening, NextJobAfterAKillTakesOverTheLocksAndRemovesPartialFiles)
     ASSERT_TRUE(testsupport::WriteFile(folder + "/bursts_seg_10_40.partial.mp4", "half"));
     testsupport::RunResult r = RunCli({"extract", clip});
     EXPECT_EQ(r.exitCode, 0) << r.err;
-    EXPECT_TRUE(FilesWith(folder, ".partial.").empty());
-    EXPECT_FALSE(FilesWith(folder, "_seg_").empty());
+    EXPECT_TRUE(testsupport::FilesMatching(folder, ".partial.").empty());
+    EXPECT_FALSE(testsupport::FilesMatching(folder, "_seg_").empty());
     EXPECT_FALSE(fs::exists(clip + ".twproj.lock"));
     EXPECT_FALSE(fs::exists(folder + "/.tarnwickmp4.lock"));
     ExpectProjectTrue(clip + ".twproj");

@@ -193,6 +193,18 @@ int CountProcessesWith(const std::string &marker)
     return count;
 }
 
+std::vector<std::string> FilesMatching(const std::string &folder, const std::string &part)
+{
+    std::vector<std::string> files;
+    std::error_code ec;
+    for (const auto &entry : std::filesystem::directory_iterator(folder, ec)) {
+        if (entry.path().filename().string().find(part) != std::string::npos) {
+            files.push_back(entry.path().string());
+        }
+    }
+    return files;
+}
+
 std::string FootageDir()
 {
     return TW_FOOTAGE_DIR;

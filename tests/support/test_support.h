@@ -53,6 +53,10 @@ bool LoopClip(const std::string &path, const std::string &part, int streamLoop);
 // Fails the current test (ADD_FAILURE) and returns false when ffmpeg fails.
 bool MakeSoundClip(const std::string &path);
 
+// The files in folder whose names contain part, with their paths; none when the folder is
+// missing.
+std::vector<std::string> FilesMatching(const std::string &folder, const std::string &part);
+
 // Reads a whole file; empty when it cannot be read.
 std::string ReadFile(const std::string &path);
 // Writes a whole file (binary); false on failure.
