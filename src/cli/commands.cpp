@@ -25,6 +25,7 @@ const CommandEntry kCommands[] = {
     {"extract",
      RunExtract,
      "extract VIDEO [--threshold N] [--valid-min S] [--cut-min S] [--output-folder DIR]"},
+    {"autopicture", RunAutoPicture, "autopicture VIDEO"},
 };
 
 void PrintUsage(std::ostream &os)
