@@ -30,6 +30,7 @@ const CommandEntry kCommands[] = {
      RunRun,
      "run VIDEO [--threshold N] [--valid-min S] [--cut-min S] [--transition] [--output-folder "
      "DIR] [--output-name NAME] [--title TEXT] [--auto-picture]"},
+    {"autopicture", RunAutoPicture, "autopicture VIDEO"},
 };
 
 void PrintUsage(std::ostream &os)

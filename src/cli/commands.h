@@ -42,6 +42,13 @@ int RunScan(const std::vector<std::string> &args, CliOutput &io);
 // the project saved as VIDEO + ".twproj". Prints each scene with its segment. The project is
 // saved also after a stop or a failing tool, with what was finished; exit statuses as scan.
 int RunExtract(const std::vector<std::string> &args, CliOutput &io);
+// autopicture VIDEO: the brightness, contrast, saturation and gamma that the automatic picture
+// analysis proposes for VIDEO, one "name value" line each, the value as its field shows it. The
+// frames are grabbed into a temporary folder that is deleted afterwards. Exit 2 for bad
+// arguments, a path that a command cannot carry, and a VIDEO that is missing, not readable, not
+// a video or without a video stream; 1 when a tool fails; 130 on Ctrl-C or a termination
+// request.
+int RunAutoPicture(const std::vector<std::string> &args, CliOutput &io);
 
 // render PROJECT [--output-folder DIR] [--output-name NAME]: the finished film of a saved
 // project (job 1006): good segments reused, stale ones cut again, merged with or without

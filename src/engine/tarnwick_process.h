@@ -240,6 +240,18 @@ public:
     // segments stay as the cache of the next render; the merge files go. 0, or the first
     // failure's result (-2 for a stop), with output deleted. Worker thread only.
     int ProcessTrim(const std::string &input, const std::string &output);
+    // ---- Automatic picture values ----
+
+    // Proposes brightness, contrast, saturation and gamma for path and stores them in pData
+    // with their texts, and dMeanU, dMeanV. Grabs ten frames spread evenly over the video (from
+    // viInput.frame_num and viCurrent.fps) side by side in a JobPool into JPEG files named after
+    // input_file in output_folder, measures them with any grab files of an earlier run, and
+    // deletes them all. Returns 0, also when no file could be read (nothing changes then), or
+    // the code of the first grab in order that failed or was stopped (-2); nothing changes then
+    // and the files written stay for the next run. nSamples is not read: ten are built in. Not
+    // a numbered job: a stop (bCancel) reaches it only when it runs inside one. Any thread but a
+    // pool thread.
+    int AnalyzeVideoEQParams(const std::string &path, int nSamples);
 
     // ---- Reports and paths of a job ----
 

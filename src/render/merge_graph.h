@@ -1,0 +1,37 @@
+// The -filter_complex graph that joins one batch of files into one film, end to end or
+// cross-faded.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace render {
+
+// One input of a merge graph, in play order.
+struct MergeStep
+{
+    std::string path;      // the file; the caller's -i argument, not part of the graph text
+    double duration = 0.0; // seconds of this input that are kept
+};
+
+// Fades of this length or shorter count as no transition.
+inline constexpr double kNoFadeLimit = 0.000001;
+
+// The graph text for steps, input n of the graph being the n-th -i of the caller's command
+// (counted from 0 in every graph). Each input is brought to rate (a fraction such as
+// "30000/1001") and cut to its duration; with several inputs they are cross-faded by fade
+// seconds (when above kNoFadeLimit) or concatenated. bAudio says whether every input has an
+// audio stream; one flag stands for all. The results are the labels [vid] and, with bAudio,
+// [aud], which the caller maps. The text ends in ";", holds no spaces and no quotes, and is
+// empty for no steps. A fade longer than an input is not refused: ffmpeg decides. Pure.
+std::string BuildMergeGraph(double fade,
+                            const std::vector<MergeStep> &steps,
+                            const std::string &rate,
+                            bool bAudio);
+
+// graph as the value of ffmpeg's -filter_complex: without its final ";". The graph parser of
+// the ffmpeg 5.1 that Debian 12 ships reads a filter with an empty name behind a final ";" and
+// fails with "No such filter: ''". Any other text comes back unchanged. Pure.
+std::string FilterComplexText(const std::string &graph);
+
+} // namespace render
