@@ -32,6 +32,9 @@ void CTarnwickProcess::InstallJobTable()
     SetJobFunction(kJobSceneExtract, 0, [this](int) {
         return ProcessDiffFrame(SourcePath(), ThresholdArgument());
     });
+    SetJobFunction(kJobFinalOutput, 0, [this](int) {
+        return ProcessTrim(SourcePath(), pData->GetOutputPath());
+    });
     SetJobFunction(kJobExtractAndOutput, 0, [this](int nJob) { return ProcessDiffTrim(nJob); });
     SetJobFunction(kJobExtractAndOutput, 1, [this](int nJob) { return ProcessConvMerge(nJob); });
     // Segment output: a source that cannot be opened ends the job with 0; only the cutting's

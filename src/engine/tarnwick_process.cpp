@@ -3,6 +3,8 @@
 #include "engine/tarnwick_process.h"
 
 #include <chrono>
+#include <filesystem>
+#include <system_error>
 
 #include "core/app_log.h"
 #include "core/helpers.h"
@@ -97,6 +99,11 @@ void CTarnwickProcess::DeletePartialSegments()
         return;
     }
     core::DeleteByPattern(core::PartialSegmentPattern(*pData));
+    const std::string output = pData->GetOutputPath();
+    if (!output.empty()) {
+        std::error_code ignored;
+        std::filesystem::remove(core::PartialSegmentPath(output), ignored);
+    }
     checkMutex.unlock();
 }
 

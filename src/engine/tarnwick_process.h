@@ -307,8 +307,9 @@ private:
     // Waits while busy is set, handling the current tab's messages meanwhile: the thread that
     // clears it may be blocked in a send to this thread.
     void WaitPumping(const std::atomic<bool> &busy);
-    // Deletes the partial segment files of the scene tab's project, left behind when the
-    // program was killed during a cut. Skipped while a background cut runs.
+    // Deletes the partial segment files of the scene tab's project and the partial file of its
+    // output, left behind when the program was killed during a cut or an encode. Skipped while
+    // a background cut runs.
     void DeletePartialSegments();
     // The thread body: runs the job, reports WM_APP_PROCESS_FINISHED, clears bThreadRunning.
     void RunJob(int nJob);

@@ -10,6 +10,11 @@
 namespace render {
 namespace {
 
+// The MP4 muxer of ffmpeg 5.1 cannot hold PCM audio ("codec not currently supported in
+// container"), so the merge files, which keep their ".mp4" names, are QuickTime files: the same
+// structure, and PCM is allowed there. Only the final encode writes a real MP4.
+constexpr const char *kIntermediateFormat = "-f mov ";
+
 // "-c:v %s -g %d -keyint_min 1 -r %s": the encoder, a key frame about once a second, the rate.
 std::string VideoArgs(const EncodeArgs &args)
 {
@@ -87,8 +92,8 @@ ConcatMergeCommand(const EncodeArgs &args, const std::string &listFile, const st
     // PCM audio in the intermediate: AAC is written once, by the final encode.
     return args.prefix + "-f concat -safe 0 -i \"" + listFile + "\" " + VideoArgs(args) +
            " -c:a pcm_s16le -vf \"setpts=PTS-STARTPTS\" -af \"asetpts=PTS-STARTPTS\" "
-           "-movflags +faststart \"" +
-           merged + "\"";
+           "-movflags +faststart " +
+           kIntermediateFormat + "\"" + merged + "\"";
 }
 
 std::string GraphMergeCommand(const EncodeArgs &args,
@@ -103,7 +108,7 @@ std::string GraphMergeCommand(const EncodeArgs &args,
     }
     return args.prefix + inputArgs + "-filter_complex \"" + graph + "\" -map \"[vid]\" " +
            (bAudio ? "-map \"[aud]\" " : "") + VideoArgs(args) +
-           " -c:a pcm_s16le -movflags +faststart \"" + name + "\"";
+           " -c:a pcm_s16le -movflags +faststart " + kIntermediateFormat + "\"" + name + "\"";
 }
 
 std::string FinalEncodeCommand(const EncodeArgs &args,

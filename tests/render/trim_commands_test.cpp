@@ -112,7 +112,7 @@ TEST(TrimCommands, ConcatMergeCommand)
     EXPECT_EQ(render::ConcatMergeCommand(Args(), "/o/t_filelist.txt", "/o/t_merged.mp4"),
               "ffmpeg -y -f concat -safe 0 -i \"/o/t_filelist.txt\" -c:v mpeg4 -qscale:v 4 -g 30 "
               "-keyint_min 1 -r 30000/1001 -c:a pcm_s16le -vf \"setpts=PTS-STARTPTS\" -af "
-              "\"asetpts=PTS-STARTPTS\" -movflags +faststart \"/o/t_merged.mp4\"");
+              "\"asetpts=PTS-STARTPTS\" -movflags +faststart -f mov \"/o/t_merged.mp4\"");
 }
 
 TEST(TrimCommands, GraphMergeCommandWithAndWithoutAudio)
@@ -121,11 +121,11 @@ TEST(TrimCommands, GraphMergeCommandWithAndWithoutAudio)
                   Args(), {"/o/a.mp4", "/o/b.mp4"}, "G;", true, "/o/t_merged_1.mp4"),
               "ffmpeg -y -i \"/o/a.mp4\" -i \"/o/b.mp4\" -filter_complex \"G;\" -map \"[vid]\" "
               "-map \"[aud]\" -c:v mpeg4 -qscale:v 4 -g 30 -keyint_min 1 -r 30000/1001 -c:a "
-              "pcm_s16le -movflags +faststart \"/o/t_merged_1.mp4\"");
+              "pcm_s16le -movflags +faststart -f mov \"/o/t_merged_1.mp4\"");
     EXPECT_EQ(render::GraphMergeCommand(Args(), {"/o/a.mp4"}, "G;", false, "/o/m.mp4"),
               "ffmpeg -y -i \"/o/a.mp4\" -filter_complex \"G;\" -map \"[vid]\" -c:v mpeg4 "
               "-qscale:v 4 -g 30 -keyint_min 1 -r 30000/1001 -c:a pcm_s16le -movflags "
-              "+faststart \"/o/m.mp4\"");
+              "+faststart -f mov \"/o/m.mp4\"");
 }
 
 TEST(TrimCommands, FinalEncodeCommandPutsTheChainBeforeTheTimeReset)

@@ -1,0 +1,301 @@
+// The final render of the scene tab (job 1006, and the second half of job 1057): the precheck
+// that reuses good segments and recuts stale ones side by side, the merge through the concat
+// demuxer or merge graphs in levels, and the final encode with picture chain and captions.
+#include "engine/tarnwick_process.h"
+
+#include <algorithm>
+#include <atomic>
+#include <filesystem>
+#include <mutex>
+#include <string>
+#include <system_error>
+#include <vector>
+
+#include "core/app_log.h"
+#include "core/file_io.h"
+#include "core/helpers.h"
+#include "core/language.h"
+#include "core/project_names.h"
+#include "engine/encoder_presets.h"
+#include "engine/job_pool.h"
+#include "render/merge_graph.h"
+#include "render/trim_commands.h"
+
+namespace engine {
+namespace {
+
+constexpr const char *kTrim = "CTarnwickProcess::ProcessTrim";
+
+int FramesOf(const core::SceneEntry &scene)
+{
+    return scene.framNo_second - scene.framNo_first + 1;
+}
+
+void DeleteQuietly(const std::string &path)
+{
+    std::error_code ignored;
+    std::filesystem::remove(path, ignored);
+}
+
+} // namespace
+
+// What the precheck hands to the merge.
+struct TrimPrecheck
+{
+    std::vector<render::MergeStep> inputs; // per enabled scene: its file and planned length
+    int nTotal = 0;                        // frames of the enabled scenes
+    int nCount = 0;                        // scenes probed (not skipped by a stop)
+};
+
+int CTarnwickProcess::ProcessTrim(const std::string &input, const std::string &output)
+{
+    core::Log(
+        "%s(%d) input_file(%s), output_file(%s)\n", kTrim, __LINE__, input.c_str(), output.c_str());
+    const render::TrimNames names{
+        pData->output_folder, core::ReplaceExtension(core::FileNamePart(pData->input_file), "")};
+    int nScenes = 0;
+    {
+        std::lock_guard<std::mutex> lock(pData->sceneLock.m);
+        nScenes = static_cast<int>(pData->diff_list.size());
+    }
+    SendStageBegin(core::kStagePrecheck, nScenes);
+    core::DeleteByPattern(names.MergeMask()); // leftovers of a broken run
+    int result = ReloadVideoInfo(input, false);
+    if (result != kJobOk) {
+        return result;
+    }
+    core::CreateFolders(core::SetTrailingSeparator(pData->output_folder, false));
+    TrimPrecheck checked;
+    result = PrecheckSegments(input, nScenes, checked);
+    if (result != kJobOk) {
+        return result;
+    }
+    std::string merged;
+    int nFinal = 0;
+    result = MergeSegments(names, checked, merged, nFinal);
+    if (result != kJobOk) {
+        core::DeleteByPattern(names.MergeMask());
+        return result;
+    }
+    return EncodeFinal(names, merged, nFinal, output);
+}
+
+int CTarnwickProcess::PrecheckSegments(const std::string &input, int nScenes, TrimPrecheck &checked)
+{
+    std::vector<int> results(static_cast<size_t>(nScenes), kJobOk); // one slot per queued cut
+    std::atomic<int> nDone{0};
+    int nQueued = 0;
+    {
+        JobPool pool(pData->bUseCuda != 0);
+        for (int i = 0; i < nScenes; ++i) {
+            core::SceneEntry scene;
+            {
+                std::lock_guard<std::mutex> lock(pData->sceneLock.m);
+                if (static_cast<size_t>(i) >= pData->diff_list.size()) {
+                    break;
+                }
+                scene = pData->diff_list[static_cast<size_t>(i)];
+            }
+            if (!scene.bEnable) {
+                continue;
+            }
+            const double fps = pData->viCurrent.fps;
+            checked.nTotal += FramesOf(scene);
+            // Listed before any recut: a cut that changes the length renames the file, and the
+            // merge then finds the old name missing rather than a wrong length.
+            checked.inputs.push_back({scene.fileName, fps > 0 ? FramesOf(scene) / fps : 0.0});
+            if (bCancel != 0) {
+                continue;
+            }
+            core::VideoInfo info;
+            GetVideoInfoFfprobe(scene.fileName, info);
+            {
+                std::lock_guard<std::mutex> lock(pData->sceneLock.m);
+                if (static_cast<size_t>(checked.nCount) < pData->diff_list.size()) {
+                    pData->diff_list[static_cast<size_t>(checked.nCount)].viIn = info;
+                }
+            }
+            if (info.frame_num >= 1 && info.frame_num == FramesOf(scene)) {
+                PostToTab(AppMessage::WM_APP_PROGRESS, nScenes, ++nDone);
+            } else {
+                const int slot = nQueued++;
+                pool.Run([this, &results, &nDone, input, i, slot, nScenes] {
+                    PostToTab(AppMessage::WM_APP_PROGRESS, nScenes, nDone + 1);
+                    results[static_cast<size_t>(slot)] = CutSceneQuiet(input, i);
+                    ++nDone;
+                });
+            }
+            ++checked.nCount;
+        }
+        SendJobState(core::kStateWaiting);
+        pool.WaitAll();
+    }
+    for (int i = 0; i < nQueued; ++i) {
+        const int cut = results[static_cast<size_t>(i)];
+        if (cut == kJobOk) {
+            continue;
+        }
+        if (cut == kJobStopped) {
+            SendJobState(core::kStateStopped);
+        } else {
+            SendJobState(core::kStateFailed, core::StrPrintf("ExitCode(%d)", cut));
+        }
+        LogCommandResult(kTrim, __LINE__, "precheck", cut);
+        return cut;
+    }
+    return kJobOk;
+}
+
+int CTarnwickProcess::MergeSegments(const render::TrimNames &names,
+                                    const TrimPrecheck &checked,
+                                    std::string &merged,
+                                    int &nFinal)
+{
+    SendStageBegin(core::kStageFinalMerge, -1);
+    std::string first;
+    {
+        std::lock_guard<std::mutex> lock(pData->sceneLock.m);
+        first = pData->diff_list.empty() ? std::string() : pData->diff_list.front().fileName;
+    }
+    // viCurrent then holds the facts of a segment: its size, rate and whether it has sound.
+    int result = OpenVideoFile(first);
+    if (result != kJobOk) {
+        return result;
+    }
+    const render::EncodeArgs args{ToolPrefix(pData->bUseCuda != 0),
+                                  EncoderText(pData->bUseCuda, pData->nEncodePreset),
+                                  pData->viCurrent.fps,
+                                  pData->viInput.r_frame_rate};
+    SendToTab(AppMessage::WM_APP_STAGE_TEXT, 0, 0, core::StageName(core::kStageSceneMerge));
+    if (pData->transition == 0 || checked.nCount < 2) {
+        nFinal = checked.nTotal;
+        merged = names.Merged();
+        return MergeByConcat(names, args, merged, checked.nTotal);
+    }
+    const double fade = pData->dTransitionSec;
+    nFinal = render::FadedFrameCount(checked.nTotal, args.fps, checked.nCount, fade);
+    return MergeByGraphs(names, args, checked.inputs, merged);
+}
+
+int CTarnwickProcess::MergeByConcat(const render::TrimNames &names,
+                                    const render::EncodeArgs &args,
+                                    const std::string &merged,
+                                    int nTotal)
+{
+    PostToTab(AppMessage::WM_APP_PROGRESS, nTotal, 0);
+    std::vector<std::string> files;
+    {
+        std::lock_guard<std::mutex> lock(pData->sceneLock.m);
+        for (const core::SceneEntry &scene : pData->diff_list) {
+            if (scene.bEnable) {
+                files.push_back(scene.fileName); // the names after all cuts
+            }
+        }
+    }
+    // A list that cannot be written makes the tool fail below, and that is reported.
+    core::WriteFileAtomically(names.FileList(), render::ConcatListText(files));
+    const std::string command = render::ConcatMergeCommand(args, names.FileList(), merged);
+    if (!CommandCarriesPaths(kTrim, __LINE__, command, {names.FileList(), merged})) {
+        return kJobCannotStart;
+    }
+    return ExecuteCmdWithProgress(false, command, nTotal, 0);
+}
+
+int CTarnwickProcess::MergeByGraphs(const render::TrimNames &names,
+                                    const render::EncodeArgs &args,
+                                    const std::vector<render::MergeStep> &inputs,
+                                    std::string &merged)
+{
+    const double fade = pData->dTransitionSec;
+    const bool bAudio = pData->viCurrent.bHasAudio;
+    std::vector<double> durations;
+    for (const render::MergeStep &step : inputs) {
+        durations.push_back(step.duration);
+    }
+    const render::MergePlan plan =
+        render::PlanMerge(durations,
+                          render::MergeBatchSize(pData->viCurrent.width, pData->viCurrent.height),
+                          fade,
+                          args.fps);
+    PostToTab(AppMessage::WM_APP_PROGRESS, plan.nPlanned, 0);
+    std::vector<render::MergeStep> list = inputs;
+    int fileNumber = 0;
+    for (const std::vector<render::MergeGroup> &level : plan.levels) {
+        std::vector<render::MergeStep> next;
+        for (const render::MergeGroup &group : level) {
+            std::vector<render::MergeStep> steps(list.begin() + group.first,
+                                                 list.begin() + group.first + group.count);
+            ++fileNumber;
+            const std::string name =
+                group.count < list.size() ? names.MergedPart(fileNumber) : names.Merged();
+            std::vector<std::string> paths;
+            for (const render::MergeStep &step : steps) {
+                paths.push_back(step.path);
+            }
+            const std::string command =
+                render::GraphMergeCommand(args,
+                                          paths,
+                                          render::FilterComplexText(render::BuildMergeGraph(
+                                              fade, steps, pData->viInput.r_frame_rate, bAudio)),
+                                          bAudio,
+                                          name);
+            paths.push_back(name);
+            if (!CommandCarriesPaths(kTrim, __LINE__, command, paths)) {
+                return kJobCannotStart;
+            }
+            int result = ExecuteCmdWithProgress(false, command, plan.nPlanned, group.progressBase);
+            if (result != kJobOk) {
+                return result;
+            }
+            next.push_back({name, group.duration});
+        }
+        list = std::move(next);
+    }
+    merged = list.empty() ? names.Merged() : list.front().path;
+    return kJobOk;
+}
+
+int CTarnwickProcess::EncodeFinal(const render::TrimNames &names,
+                                  const std::string &merged,
+                                  int nFinal,
+                                  const std::string &output)
+{
+    const render::EncodeArgs args{ToolPrefix(pData->bUseCuda != 0),
+                                  EncoderText(pData->bUseCuda, pData->nEncodePreset),
+                                  pData->viCurrent.fps,
+                                  pData->viInput.r_frame_rate};
+    const std::string chain = BuildVideoFilter(true, false, false, false, -1);
+    // Written under a partial name and renamed when whole, so that a kill never leaves a
+    // broken film under the name the user asked for.
+    const std::string partial = core::PartialSegmentPath(output);
+    const std::string command = render::FinalEncodeCommand(args, merged, chain, partial);
+    int result = kJobCannotStart;
+    if (CommandCarriesPaths(kTrim, __LINE__, command, {merged, partial})) {
+        SendStageBegin(core::kStageFinalMerge, nFinal);
+        result = ExecuteCmdWithProgress(false, command, nFinal, 0);
+    }
+    core::DeleteByPattern(names.MergeMask());
+    std::error_code ec;
+    if (result == kJobOk) {
+        std::filesystem::rename(partial, output, ec);
+        if (ec) {
+            SendJobState(core::kStateFailed, output + ": " + ec.message());
+            result = kJobCannotStart;
+        }
+    }
+    if (result != kJobOk) {
+        DeleteQuietly(partial);
+        DeleteQuietly(output);
+        return result;
+    }
+    SendJobState(core::kStateDone);
+    nPlayJob = kJobPlayOutput; // the play button now means the output
+    if (output != strPreviewFile.get()) {
+        nPreviewFrame = 0;
+        strPreviewTime = "0";
+        return ReloadVideoInfo(output, false);
+    }
+    return kJobOk;
+}
+
+} // namespace engine
