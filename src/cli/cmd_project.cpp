@@ -1,4 +1,5 @@
 // The "project" command: reads a project file, reports its main facts and can write it anew.
+#include <algorithm>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -68,16 +69,24 @@ int RunProjectCommand(const std::vector<std::string> &args, CliOutput &io)
     }
     core::CTarnwickData data;
     std::string error;
-    if (!data.LoadProjectFile(parsed.file, &error)) {
+    std::vector<std::string> warnings;
+    if (!data.LoadProjectFile(parsed.file, &error, &warnings)) {
         io.err << "tarnwickmp4-cli: " << error << "\n";
         return kExitBadInput;
     }
     PrintFacts(data, io.out);
+    // The path as the user gave it, on one line.
+    std::string file = parsed.file;
+    std::replace_if(
+        file.begin(), file.end(), [](char c) { return c >= 0 && c < 0x20; }, ' ');
+    for (const std::string &warning : warnings) {
+        io.err << "tarnwickmp4-cli: " << file << ": warning: " << warning << "\n";
+    }
     if (!parsed.writePath.empty() && !data.SaveProjectFile(parsed.writePath, &error)) {
         io.err << "tarnwickmp4-cli: " << error << "\n";
         return kExitFailed;
     }
-    return kExitOk;
+    return warnings.empty() ? kExitOk : kExitWarnings;
 }
 
 } // namespace cli

@@ -11,6 +11,8 @@ namespace cli {
 inline constexpr int kExitOk = 0;
 inline constexpr int kExitFailed = 1;    // the work failed (a tool, a probe)
 inline constexpr int kExitBadInput = 2;  // the arguments or an input file are wrong
+inline constexpr int kExitWarnings = 3;  // project check: the file loads, but holds values that
+                                         // cannot be right, each named in a warning
 inline constexpr int kExitStopped = 130; // stopped by Ctrl-C
 
 // Where a command prints: results to out, messages for the user to err.

@@ -120,11 +120,20 @@ public:
     std::string BuildTitle() const;
 
     // Project file (.twproj). Save: false when the file cannot be written, data unchanged.
-    // Load: false when the file cannot be read or parsed, or holds a wrong type inside a
+    // Load: false when the file cannot be read or parsed, is larger or nested deeper than any
+    // project (kMaxProjectFileBytes, kMaxProjectNesting, kMaxProjectScenes in
+    // core/project_file.h), has a root that is not an object, or holds a wrong type inside a
     // scene or caption; the data is then exactly as before the call. pError, when given,
-    // receives a one-line reason on failure.
+    // receives a one-line reason on failure: "<path>: <reason>", a type error naming its field,
+    // "<path>: diff_list[2].framNo_first (scene 3): expected a number, found a string".
+    // pWarnings, when given, is emptied and on success receives one line per value that cannot
+    // be right, without the path: root keys of a wrong type that were skipped, a missing or
+    // empty input_file, scenes or captions that are not objects, parameters clamped to their
+    // bounds, integers that do not fit 32 bits, and all that CheckProjectData finds.
     bool SaveProjectFile(const std::string &path, std::string *pError = nullptr);
-    bool LoadProjectFile(const std::string &path, std::string *pError = nullptr);
+    bool LoadProjectFile(const std::string &path,
+                         std::string *pError = nullptr,
+                         std::vector<std::string> *pWarnings = nullptr);
 
     // Fills pts_list from a CSV of frame times, or evenly from viInput when the file is
     // missing. True when the list is not empty, or when the file opened. A missing file with

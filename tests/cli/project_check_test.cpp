@@ -2,11 +2,13 @@
 // and garbled files that must never crash the program.
 #include <algorithm>
 #include <cstdint>
+#include <filesystem>
 #include <random>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include "core/tarnwick_data.h"
 #include "support/test_support.h"
@@ -23,8 +25,8 @@ using testsupport::WriteFile;
 
 constexpr char kUsage[] = "Usage: tarnwickmp4-cli project check FILE [--write OUT]\n";
 
-// A saved project with 12 scenes. frame_num is one digit, so no flip of a byte can turn it into
-// a count that takes long to expand into frame times.
+// A saved project with 12 scenes, all inside its 120 frames. frame_num has three digits, so no
+// flip of a byte can turn it into a count that takes long to expand into frame times.
 std::string WriteGoodProject(const TempDir &dir, const std::string &name)
 {
     CTarnwickData data;
@@ -34,7 +36,7 @@ std::string WriteGoodProject(const TempDir &dir, const std::string &name)
     data.pts_file = dir.file("trip_pts_missing.csv");
     data.viInput.r_frame_rate = "25/1";
     data.viInput.fps = 25;
-    data.viInput.frame_num = 5;
+    data.viInput.frame_num = 120;
     data.threshold.dValue = 120;
     data.valid_min_unit.dValue = 2.5;
     for (int i = 0; i < 12; ++i) {
@@ -56,6 +58,30 @@ void ExpectRefused(const RunResult &result, const std::string &path)
     ASSERT_FALSE(result.err.empty());
     EXPECT_EQ(result.err.back(), '\n');
     EXPECT_NE(result.err.find(path), std::string::npos) << result.err;
+}
+
+// Exit status 3, the facts on stdout and only warning lines on stderr, each naming the file.
+// Returns the warnings without their prefix.
+std::vector<std::string> ExpectWarningLines(const RunResult &result, const std::string &path)
+{
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_NE(result.out.find("scenes: "), std::string::npos) << result.out;
+    EXPECT_FALSE(result.err.empty());
+    std::vector<std::string> warnings;
+    const std::string prefix = "tarnwickmp4-cli: " + path + ": warning: ";
+    size_t pos = 0;
+    while (pos < result.err.size()) {
+        size_t end = result.err.find('\n', pos);
+        if (end == std::string::npos) {
+            ADD_FAILURE() << "unterminated line: " << result.err.substr(pos);
+            break;
+        }
+        std::string line = result.err.substr(pos, end - pos);
+        EXPECT_EQ(line.rfind(prefix, 0), 0u) << line;
+        warnings.push_back(line.substr(std::min(line.size(), prefix.size())));
+        pos = end + 1;
+    }
+    return warnings;
 }
 
 RunResult Check(const std::string &path)
@@ -121,8 +147,7 @@ TEST(ProjectCheck, WrongTypesAreRefusedOnOneLine)
     ExpectRefused(result, path);
     EXPECT_EQ(result.err,
               "tarnwickmp4-cli: " + path +
-                  ": [json.exception.type_error.302] type must be number, but is "
-                  "string\n");
+                  ": diff_list[0].framNo_first (scene 1): expected a number, found a string\n");
 }
 
 TEST(ProjectCheck, TruncatedFileIsRefusedOnOneLine)
@@ -183,17 +208,22 @@ TEST(ProjectCheck, WriteFailureExitsOneWithOneLine)
     EXPECT_NE(result.err.find(out), std::string::npos) << result.err;
 }
 
-// Runs the check on bytes; the program must end normally, with 0, or with 2 and one line.
+// Runs the check on bytes; the program must end normally: with 0 and nothing on stderr, with 2
+// and one line that names the file, or with 3 and only warning lines.
 void ExpectNoCrash(const TempDir &dir, const std::string &bytes, int index)
 {
     std::string path = dir.file("garbled" + std::to_string(index) + ".twproj");
     ASSERT_TRUE(WriteFile(path, bytes));
     RunResult result = Check(path);
-    ASSERT_TRUE(result.exitCode == 0 || result.exitCode == 2)
+    ASSERT_TRUE(result.exitCode == 0 || result.exitCode == 2 || result.exitCode == 3)
         << "exit " << result.exitCode << " for file " << index << ": " << result.err;
-    if (result.exitCode == 2) {
+    if (result.exitCode == 0) {
+        EXPECT_EQ(result.err, "");
+    } else if (result.exitCode == 2) {
         EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
         EXPECT_NE(result.err.find(path), std::string::npos) << result.err;
+    } else {
+        ExpectWarningLines(result, path);
     }
 }
 
@@ -250,6 +280,168 @@ TEST(ProjectCheck, GarbledFilesNeverCrash)
         }
         ExpectNoCrash(dir, bytes, index++);
     }
+}
+
+TEST(ProjectCheck, NullRootIsRefusedOnOneLine)
+{
+    TempDir dir;
+    std::string path = dir.file("null.twproj");
+    ASSERT_TRUE(WriteFile(path, "null\n"));
+    RunResult result = Check(path);
+    ExpectRefused(result, path);
+    EXPECT_EQ(result.err,
+              "tarnwickmp4-cli: " + path +
+                  ": not a project file: the JSON root is null, not an object\n");
+}
+
+TEST(ProjectCheck, EmptyObjectWarnsThatNoVideoIsNamed)
+{
+    TempDir dir;
+    std::string path = dir.file("empty.twproj");
+    ASSERT_TRUE(WriteFile(path, "{}"));
+    RunResult result = Check(path);
+    EXPECT_EQ(ExpectWarningLines(result, path),
+              std::vector<std::string>{"input_file: missing; the project names no video"});
+    EXPECT_EQ(result.out.rfind("input_file: \n", 0), 0u) << result.out;
+}
+
+TEST(ProjectCheck, SceneListOfWrongTypeWarns)
+{
+    TempDir dir;
+    std::string path = dir.file("list.twproj");
+    ASSERT_TRUE(WriteFile(path, R"({"input_file": "/v/a.mov", "fps": 25, "diff_list": "x"})"));
+    EXPECT_EQ(ExpectWarningLines(Check(path), path),
+              std::vector<std::string>{
+                  "diff_list: expected an array of scenes, found a string; ignored"});
+}
+
+TEST(ProjectCheck, NegativeAndReversedFramesWarn)
+{
+    TempDir dir;
+    std::string path = dir.file("frames.twproj");
+    ASSERT_TRUE(WriteFile(path, R"({"input_file": "/v/a.mov", "fps": 25, "frame_num": 50,
+        "diff_list": [{"framNo_first": 0, "framNo_second": 9},
+        {"framNo_first": -3, "framNo_second": 4}, {"framNo_first": 30, "framNo_second": 20},
+        {"framNo_first": 45, "framNo_second": 50}]})"));
+    EXPECT_EQ(ExpectWarningLines(Check(path), path),
+              (std::vector<std::string>{
+                  "diff_list[1].framNo_first (scene 2): -3 is negative; frames count from 0",
+                  "diff_list[2] (scene 3): framNo_second 20 is before framNo_first 30; the scene "
+                  "has no frames",
+                  "diff_list[3].framNo_second (scene 4): 50 is at or beyond frame_num 50; the "
+                  "last frame is 49"}));
+}
+
+TEST(ProjectCheck, RateZeroWarns)
+{
+    TempDir dir;
+    std::string path = dir.file("rate.twproj");
+    ASSERT_TRUE(WriteFile(path, R"({"input_file": "/v/a.mov", "fps": 0})"));
+    EXPECT_EQ(ExpectWarningLines(Check(path), path),
+              std::vector<std::string>{
+                  "fps: 0 is not a frame rate; the times of the scenes cannot be computed"});
+}
+
+TEST(ProjectCheck, TypeErrorNamesTheFieldAndScene)
+{
+    TempDir dir;
+    std::string path = dir.file("third.twproj");
+    ASSERT_TRUE(WriteFile(path, R"({"diff_list": [{}, {}, {"framNo_first": "7"}]})"));
+    RunResult result = Check(path);
+    ExpectRefused(result, path);
+    EXPECT_EQ(result.err,
+              "tarnwickmp4-cli: " + path +
+                  ": diff_list[2].framNo_first (scene 3): expected a number, found a string\n");
+}
+
+TEST(ProjectCheck, OversizedFileIsRefusedOnOneLine)
+{
+    TempDir dir;
+    std::string path = dir.file("huge.twproj");
+    ASSERT_TRUE(WriteFile(path, "{}"));
+    std::filesystem::resize_file(path, 100'000'000);
+    RunResult result = Check(path);
+    ExpectRefused(result, path);
+    EXPECT_EQ(result.err,
+              "tarnwickmp4-cli: " + path +
+                  ": the file is 100000000 bytes; a project file is at most 64 MiB\n");
+}
+
+TEST(ProjectCheck, DeepNestingIsRefusedOnOneLine)
+{
+    TempDir dir;
+    std::string path = dir.file("deep.twproj");
+    ASSERT_TRUE(WriteFile(path, R"({"diff_list": [{"capParam": {"caption": [[[[[]]]]]}}]})"));
+    RunResult result = Check(path);
+    ExpectRefused(result, path);
+    EXPECT_EQ(result.err,
+              "tarnwickmp4-cli: " + path +
+                  ": not a project file: arrays and objects are nested more than 8 deep at byte "
+                  "45\n");
+}
+
+TEST(ProjectCheck, WriteWithWarningsWritesAndExitsThree)
+{
+    TempDir dir;
+    std::string path = dir.file("warned.twproj");
+    ASSERT_TRUE(WriteFile(path, R"({"input_file": "/v/a.mov", "fps": 25, "threshold": 5000})"));
+    std::string out = dir.file("out.twproj");
+    RunResult result = RunCli({"project", "check", path, "--write", out});
+    EXPECT_EQ(ExpectWarningLines(result, path),
+              std::vector<std::string>{"threshold: 5000 is outside 0 to 1000; read as 1000"});
+    CTarnwickData written;
+    std::vector<std::string> warnings;
+    ASSERT_TRUE(written.LoadProjectFile(out, nullptr, &warnings));
+    EXPECT_EQ(written.threshold.dValue, 1000.0);
+    EXPECT_EQ(warnings, std::vector<std::string>{});
+}
+
+TEST(ProjectCheck, WriteFailureExitsOneEvenWithWarnings)
+{
+    TempDir dir;
+    std::string path = dir.file("warned.twproj");
+    ASSERT_TRUE(WriteFile(path, "{}"));
+    std::string out = dir.file("no/such/folder/out.twproj");
+    RunResult result = RunCli({"project", "check", path, "--write", out});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 2) << result.err;
+    EXPECT_NE(result.err.find(path + ": warning: input_file: missing"), std::string::npos)
+        << result.err;
+    EXPECT_NE(result.err.find(out + ": cannot write the file: "), std::string::npos) << result.err;
+}
+
+// Largest memory of the check of a 22 MB file whose values are unread (KiB). Read whole into one
+// document, the file takes about 540 MB.
+#ifdef __SANITIZE_ADDRESS__
+// AddressSanitizer keeps freed blocks in a quarantine of 256 MB and adds its shadow memory.
+constexpr long kBulkyFileMaxKiB = 700 * 1024;
+#else
+constexpr long kBulkyFileMaxKiB = 100 * 1024;
+#endif
+
+// Unread keys and containers where a single value belongs are dropped while parsing, so a large
+// file of them costs little more memory than its own size.
+TEST(ProjectCheck, UnreadValuesTakeLittleMemory)
+{
+    TempDir dir;
+    std::string path = dir.file("bulky.twproj");
+    std::string text = R"({"input_file": "/v/a.mov", "fps": 25, "future": [)";
+    for (int i = 0; i < 1'000'000; ++i) {
+        text += "[[[1,2,3]]],";
+    }
+    text += R"(0], "width": [)";
+    for (int i = 0; i < 1'000'000; ++i) {
+        text += "[{\"a\":1}],";
+    }
+    text += "0]}";
+    ASSERT_TRUE(WriteFile(path, text));
+    RunResult result = Check(path);
+    EXPECT_EQ(ExpectWarningLines(result, path),
+              std::vector<std::string>{"width: expected a number, found an array; ignored"});
+    struct rusage usage = {};
+    ASSERT_EQ(getrusage(RUSAGE_CHILDREN, &usage), 0);
+    // ru_maxrss is in KiB: the largest child so far, the check of a 22 MB file among them.
+    EXPECT_LT(usage.ru_maxrss, kBulkyFileMaxKiB) << text.size() << " bytes";
 }
 
 } // namespace

@@ -44,8 +44,9 @@ std::string LoadRefused(const std::string &path)
     return error;
 }
 
-// A project with valid keys around one bad value, which must be refused with the library's text.
-void ExpectWrongTypeRefused(const json &bad, const std::string &libraryText)
+// A project with valid keys around one bad value, which must be refused with a reason that
+// names the field.
+void ExpectWrongTypeRefused(const json &bad, const std::string &reason)
 {
     TempDir dir;
     std::string path = dir.file("bad.twproj");
@@ -54,7 +55,7 @@ void ExpectWrongTypeRefused(const json &bad, const std::string &libraryText)
         "capTitle": {"caption": "other"}})");
     doc.update(bad);
     ASSERT_TRUE(WriteFile(path, doc.dump()));
-    EXPECT_EQ(LoadRefused(path), path + ": " + libraryText);
+    EXPECT_EQ(LoadRefused(path), path + ": " + reason);
 }
 
 // Root keys in the order the text holds them (lines indented by exactly four spaces).
@@ -453,44 +454,47 @@ TEST(ProjectFile, FontNameThatIsNotAStringMakesNoTitle)
 
 TEST(ProjectFile, WrongTypeInSceneIsRefusedAndDataUntouched)
 {
-    ExpectWrongTypeRefused(json::parse(R"({"diff_list": [{"framNo_first": "abc"}]})"),
-                           "[json.exception.type_error.302] type must be number, but is string");
+    ExpectWrongTypeRefused(
+        json::parse(R"({"diff_list": [{"framNo_first": "abc"}]})"),
+        "diff_list[0].framNo_first (scene 1): expected a number, found a string");
 }
 
 TEST(ProjectFile, NonBooleanEnableIsRefusedAndDataUntouched)
 {
     ExpectWrongTypeRefused(json::parse(R"({"diff_list": [{"enable": 1}]})"),
-                           "[json.exception.type_error.302] type must be boolean, but is number");
+                           "diff_list[0].enable (scene 1): expected true or false, found a number");
 }
 
 TEST(ProjectFile, WrongTypeInCapParamIsRefusedAndDataUntouched)
 {
-    ExpectWrongTypeRefused(json::parse(R"({"diff_list": [{"capParam": {"caption": 5}}]})"),
-                           "[json.exception.type_error.302] type must be string, but is number");
+    ExpectWrongTypeRefused(
+        json::parse(R"({"diff_list": [{"capParam": {"caption": 5}}]})"),
+        "diff_list[0].capParam.caption (scene 1): expected a string, found a number");
 }
 
 TEST(ProjectFile, WrongTypeInOldSceneCaptionIsRefusedAndDataUntouched)
 {
-    ExpectWrongTypeRefused(json::parse(R"({"diff_list": [{"capTime_first": "1.5"}]})"),
-                           "[json.exception.type_error.302] type must be number, but is string");
+    ExpectWrongTypeRefused(
+        json::parse(R"({"diff_list": [{"capTime_first": "1.5"}]})"),
+        "diff_list[0].capTime_first (scene 1): expected a number, found a string");
 }
 
 TEST(ProjectFile, WrongTypeInCapWatermarkIsRefusedAndDataUntouched)
 {
     ExpectWrongTypeRefused(json::parse(R"({"capWatermark": {"font_size": "big"}})"),
-                           "[json.exception.type_error.302] type must be number, but is string");
+                           "capWatermark.font_size: expected a number, found a string");
 }
 
 TEST(ProjectFile, WrongTypeInCapTitleIsRefusedAndDataUntouched)
 {
     ExpectWrongTypeRefused(json::parse(R"({"capTitle": {"capTime_first": true}})"),
-                           "[json.exception.type_error.302] type must be number, but is boolean");
+                           "capTitle.capTime_first: expected a number, found a boolean");
 }
 
 TEST(ProjectFile, ColourOfWrongTypeIsRefusedAndDataUntouched)
 {
     ExpectWrongTypeRefused(json::parse(R"({"capTitle": {"color": "white"}})"),
-                           "[json.exception.type_error.302] type must be number, but is string");
+                           "capTitle.color: expected a number, found a string");
 }
 
 TEST(ProjectFile, MissingFileIsRefusedAndDataUntouched)
@@ -525,21 +529,26 @@ TEST(ProjectFile, InvalidJsonIsRefusedWithTheParserMessage)
     EXPECT_EQ(error.find('\n'), std::string::npos);
 }
 
-TEST(ProjectFile, NonObjectRootGivesDefaults)
+TEST(ProjectFile, NonObjectRootIsRefusedAndDataUntouched)
 {
-    for (const char *text : {"[1, 2]", "42", "\"text\"", "null", "true"}) {
-        SCOPED_TRACE(text);
+    const struct
+    {
+        const char *text;
+        const char *found;
+    } cases[] = {
+        {"null", "null"},
+        {"[1, 2]", "an array"},
+        {"42", "a number"},
+        {"\"text\"", "a string"},
+        {"true", "a boolean"},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.text);
         TempDir dir;
         std::string path = dir.file("p.twproj");
-        ASSERT_TRUE(WriteFile(path, text));
-        CTarnwickData data;
-        ASSERT_TRUE(data.LoadProjectFile(path));
-        CTarnwickData expected;
-        expected.project_file = path;
-        // assign() rather than "=": GCC 12 warns falsely (-Wrestrict) on the literal here.
-        expected.output_folder.assign(1, '/');
-        expected.pts_file.assign(1, '/');
-        ExpectSameData(expected, data);
+        ASSERT_TRUE(WriteFile(path, c.text));
+        EXPECT_EQ(LoadRefused(path),
+                  path + ": not a project file: the JSON root is " + c.found + ", not an object");
     }
 }
 
