@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "cli/cli_support.h"
 #include "cli/commands.h"
 #include "core/tarnwick_data.h"
 
@@ -66,6 +67,13 @@ int RunProjectCommand(const std::vector<std::string> &args, CliOutput &io)
     if (args.empty() || args[0] != "check" || !ParseCheckArgs(args, parsed)) {
         io.err << kProjectUsage;
         return kExitBadInput;
+    }
+    for (const std::string &path : {parsed.file, parsed.writePath}) {
+        std::string problem = path.empty() ? "" : UnusablePath(path);
+        if (!problem.empty()) {
+            io.err << "tarnwickmp4-cli: " << PrintablePath(path) << ": " << problem << "\n";
+            return kExitBadInput;
+        }
     }
     core::CTarnwickData data;
     std::string error;

@@ -444,4 +444,22 @@ TEST(ProjectCheck, UnreadValuesTakeLittleMemory)
     EXPECT_LT(usage.ru_maxrss, kBulkyFileMaxKiB) << text.size() << " bytes";
 }
 
+TEST(ProjectCheck, PathWithAQuoteIsRefusedWhereItEnters)
+{
+    TempDir dir;
+    std::string good = WriteGoodProject(dir, "good.twproj");
+    std::string quoted = dir.file("a\" -report \"b.twproj");
+    std::filesystem::copy_file(good, quoted);
+    const std::string problem = ": the path contains a double quote, which a tool's command "
+                                "line cannot carry; rename it or its folder\n";
+    RunResult r = RunCli({"project", "check", quoted});
+    EXPECT_EQ(r.exitCode, 2);
+    EXPECT_EQ(r.out, "");
+    EXPECT_EQ(r.err, "tarnwickmp4-cli: " + quoted + problem);
+    r = RunCli({"project", "check", good, "--write", quoted + ".new"});
+    EXPECT_EQ(r.exitCode, 2);
+    EXPECT_EQ(r.err, "tarnwickmp4-cli: " + quoted + ".new" + problem);
+    EXPECT_FALSE(std::filesystem::exists(quoted + ".new"));
+}
+
 } // namespace
