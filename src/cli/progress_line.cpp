@@ -21,7 +21,7 @@ std::string ProgressText(const std::string &stage, int done, int total, int elap
     if (total > 0) {
         const int clamped = std::clamp(done, 0, total);
         const int percent = static_cast<int>(100LL * clamped / total);
-        text += core::StrPrintf("  %3d%%  %d/%d frames", percent, clamped, total);
+        text += core::StrPrintf("  %3d%%  %d/%d", percent, clamped, total);
     }
     const int s = std::max(elapsedSeconds, 0);
     return text + core::StrPrintf("  %02d:%02d:%02d", s / 3600, s / 60 % 60, s % 60);

@@ -10,8 +10,8 @@
 
 namespace cli {
 
-// "Final Merge  42%  1234/2900 frames  00:00:12" (percent and frames only with a total above
-// 0); elapsed seconds are whole.
+// "Final Merge   42%  1234/2900  00:00:12": the stage, how much of its total is done (frames,
+// or scenes in the precheck; only with a total above 0) and the elapsed time in whole seconds.
 std::string ProgressText(const std::string &stage, int done, int total, int elapsedSeconds);
 
 class ProgressLine
