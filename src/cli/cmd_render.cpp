@@ -116,6 +116,36 @@ int RunWithProgress(const char *command,
     return -1;
 }
 
+// A job number that only the command line uses: the automatic picture values of run
+// --auto-picture, measured before the scan, so that a stop reaches their grabs.
+constexpr int kAutoPictureJob = 9003;
+
+// Measures the picture values of the project's video into the project. The exit status, or -1
+// when they were measured.
+int MeasurePicture(ScanSession &session, const std::string &video, std::ostream &err)
+{
+    engine::CTarnwickProcess &engine = session.Engine();
+    engine.SetJobFunction(kAutoPictureJob, 0, [&engine](int) {
+        const std::string source = engine.SourcePath();
+        int result = engine.OpenVideoFile(source);
+        return result != engine::kJobOk ? result : engine.AnalyzeVideoEQParams(source, 10);
+    });
+    JobOutcome outcome = session.RunJob(kAutoPictureJob, false, {});
+    const std::string head = "tarnwickmp4-cli run: " + video + ": ";
+    if (outcome.stopped) {
+        err << head << "stopped while the picture was measured\n";
+        return kExitStopped;
+    }
+    if (outcome.result != engine::kJobOk) {
+        err << head << "the picture could not be measured: "
+            << (outcome.failure.empty() ? core::StrPrintf("ExitCode(%d)", outcome.result)
+                                        : outcome.failure)
+            << "\n";
+        return kExitFailed;
+    }
+    return -1;
+}
+
 } // namespace
 
 int RunRender(const std::vector<std::string> &args, CliOutput &io)
@@ -195,6 +225,15 @@ int RunRun(const std::vector<std::string> &args, CliOutput &io)
         return kExitFailed;
     }
     core::DeleteByPattern(core::SegmentPattern(data)); // the segments of an earlier extraction
+    if (parsed.autoPicture) {
+        status = MeasurePicture(session, parsed.video, io.err);
+        if (status >= 0) {
+            return status;
+        }
+        io.out << "Picture: brightness " << data.brightness.strText << ", contrast "
+               << data.contrast.strText << ", saturation " << data.saturation.strText << ", gamma "
+               << data.gamma.strText << "\n";
+    }
     JobOutcome outcome;
     status = RunWithProgress(
         "run", parsed.video, session, engine::kJobExtractAndOutput, outcome, io.err);
