@@ -23,6 +23,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
+using testsupport::DecodedFrames;
 using testsupport::MakeLongClip;
 using testsupport::RunCli;
 using testsupport::TempDir;
@@ -38,23 +39,6 @@ std::string MakeBurstClip(const TempDir &dir)
     std::string clip = dir.file("bursts.mp4");
     EXPECT_TRUE(testsupport::MakeClip(clip, kBurstSource));
     return clip;
-}
-
-// Frames of a file as ffprobe counts them by decoding; -1 when it cannot read the file.
-int DecodedFrames(const std::string &path)
-{
-    testsupport::RunResult r = testsupport::RunProgram({"ffprobe",
-                                                        "-v",
-                                                        "error",
-                                                        "-count_frames",
-                                                        "-select_streams",
-                                                        "v:0",
-                                                        "-show_entries",
-                                                        "stream=nb_read_frames",
-                                                        "-of",
-                                                        "csv=p=0",
-                                                        path});
-    return r.exitCode == 0 && !r.out.empty() ? std::atoi(r.out.c_str()) : -1;
 }
 
 // The tool's own report files in the working folder.

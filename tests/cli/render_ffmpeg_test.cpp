@@ -1,7 +1,6 @@
 // Tests of "tarnwickmp4-cli render" and "run": the finished film of a generated clip and of a
 // real recording, the reuse of segments, the progress lines, bad projects and a stop.
 #include <csignal>
-#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -21,22 +20,6 @@ using testsupport::MakeMotionClip;
 using testsupport::RunCli;
 using testsupport::RunResult;
 using testsupport::TempDir;
-
-// Seconds of a file's video, by ffprobe; -1 when it has none.
-double VideoSeconds(const std::string &file)
-{
-    RunResult r = testsupport::RunProgram({"ffprobe",
-                                           "-v",
-                                           "error",
-                                           "-select_streams",
-                                           "v:0",
-                                           "-show_entries",
-                                           "stream=duration",
-                                           "-of",
-                                           "csv=p=0",
-                                           file});
-    return r.exitCode == 0 && !r.out.empty() ? std::atof(r.out.c_str()) : -1.0;
-}
 
 // Frames of the enabled scenes of a saved project.
 int TickedFrames(const std::string &projectFile)
@@ -71,7 +54,9 @@ TEST(CliRender, RunMakesTheFilmOfTheScenesAndSavesTheProject)
     const std::string film = clip + "_out/motion_trim.mp4";
     EXPECT_NE(r.out.find("\nFilm: " + film + "\n"), std::string::npos) << r.out;
     EXPECT_NE(r.out.find("Project: " + clip + ".twproj\n"), std::string::npos) << r.out;
-    EXPECT_NEAR(VideoSeconds(film), TickedFrames(clip + ".twproj") / 25.0, 1 / 25.0 + 1e-6);
+    EXPECT_NEAR(testsupport::StreamSeconds(film, "v"),
+                TickedFrames(clip + ".twproj") / 25.0,
+                1 / 25.0 + 1e-6);
     EXPECT_TRUE(Plays(film));
     // Not a terminal: the progress comes as plain lines, one per stage and tenth.
     EXPECT_NE(r.err.find("Scene Extract  100%  300/300  00:00:"), std::string::npos) << r.err;
@@ -99,7 +84,9 @@ TEST(CliRender, RunWithTransitionAndTitleShortensTheFilmByTheFades)
     ASSERT_EQ(project.diff_list.size(), 2u);
     EXPECT_EQ(project.transition, 1);
     EXPECT_EQ(project.capTitle.caption, "Garden");
-    EXPECT_NEAR(VideoSeconds(film), TickedFrames(clip + ".twproj") / 25.0 - 0.48, 1 / 25.0 + 1e-6);
+    EXPECT_NEAR(testsupport::StreamSeconds(film, "v"),
+                TickedFrames(clip + ".twproj") / 25.0 - 0.48,
+                1 / 25.0 + 1e-6);
     std::string ass = testsupport::ReadFile(dir.file("films/motion_all.ass"));
     EXPECT_NE(ass.find(",Title,,0,0,0,,Garden\r\n"), std::string::npos) << ass;
 }
@@ -221,7 +208,7 @@ TEST(CliRender, RunOnARealRecordingGivesAFilmThatPlays)
     RunResult r = RunCli({"run", video, "--transition"});
     ASSERT_EQ(r.exitCode, 0) << r.err;
     const std::string film = video + "_out/traffic_camera_trim.mp4";
-    EXPECT_GT(VideoSeconds(film), 1.0);
+    EXPECT_GT(testsupport::StreamSeconds(film, "v"), 1.0);
     EXPECT_TRUE(Plays(film));
 }
 

@@ -1,7 +1,6 @@
 // Shared pieces of the scene-cutting tests: a project on a generated clip, and frame counts.
 #pragma once
 
-#include <cstdlib>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -15,21 +14,13 @@
 
 namespace cuttest {
 
+using testsupport::DecodedFrames;
+
 using core::SceneEntry;
 using enginetest::EngineRig;
 
 // 100 frames of 160x120 at 25 fps.
 inline const char *kClipSource = "testsrc2=size=160x120:rate=25:duration=4";
-
-// Frames of a file as ffprobe counts them by decoding; -1 when it cannot read the file.
-inline int DecodedFrames(const std::string &path)
-{
-    std::vector<std::string> argv{"ffprobe", "-v", "error", "-count_frames", "-select_streams"};
-    argv.insert(argv.end(), {"v:0", "-show_entries", "stream=nb_read_frames", "-of", "csv=p=0"});
-    argv.push_back(path);
-    testsupport::RunResult r = testsupport::RunProgram(argv);
-    return r.exitCode == 0 ? std::atoi(r.out.c_str()) : -1;
-}
 
 inline int FramesOf(const SceneEntry &scene)
 {

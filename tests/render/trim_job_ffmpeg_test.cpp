@@ -4,7 +4,6 @@
 #include "engine/tarnwick_process.h"
 
 #include <cmath>
-#include <cstdlib>
 #include <filesystem>
 #include <mutex>
 #include <string>
@@ -24,44 +23,13 @@ namespace fs = std::filesystem;
 using engine::AppMessage;
 using enginetest::EngineRig;
 using enginetest::LogCapture;
+using testsupport::DecodedFrames;
+using testsupport::StreamSeconds;
 using testsupport::TempDir;
 
 constexpr double kFps = 25.0;
 // One frame, and a little for the decimal seconds that ffprobe prints.
 constexpr double kOneFrame = 1 / kFps + 1e-6;
-
-// Seconds of a file's first stream of the kind ("v" or "a"), by ffprobe; -1 when none.
-double StreamSeconds(const std::string &file, const char *kind)
-{
-    testsupport::RunResult r = testsupport::RunProgram({"ffprobe",
-                                                        "-v",
-                                                        "error",
-                                                        "-select_streams",
-                                                        std::string(kind) + ":0",
-                                                        "-show_entries",
-                                                        "stream=duration",
-                                                        "-of",
-                                                        "csv=p=0",
-                                                        file});
-    return r.exitCode == 0 && !r.out.empty() ? std::atof(r.out.c_str()) : -1.0;
-}
-
-// Frames of the video as ffprobe counts them by decoding.
-int DecodedFrames(const std::string &path)
-{
-    testsupport::RunResult r = testsupport::RunProgram({"ffprobe",
-                                                        "-v",
-                                                        "error",
-                                                        "-count_frames",
-                                                        "-select_streams",
-                                                        "v:0",
-                                                        "-show_entries",
-                                                        "stream=nb_read_frames",
-                                                        "-of",
-                                                        "csv=p=0",
-                                                        path});
-    return r.exitCode == 0 && !r.out.empty() ? std::atoi(r.out.c_str()) : -1;
-}
 
 // A project on a generated 160x120 clip at 25 fps, with or without sound, with scenes of the
 // given frame ranges, output "<clip>_trim.mp4" in dir/out.

@@ -193,6 +193,37 @@ int CountProcessesWith(const std::string &marker)
     return count;
 }
 
+int DecodedFrames(const std::string &path)
+{
+    RunResult r = RunProgram({"ffprobe",
+                              "-v",
+                              "error",
+                              "-count_frames",
+                              "-select_streams",
+                              "v:0",
+                              "-show_entries",
+                              "stream=nb_read_frames",
+                              "-of",
+                              "csv=p=0",
+                              path});
+    return r.exitCode == 0 && !r.out.empty() ? std::atoi(r.out.c_str()) : -1;
+}
+
+double StreamSeconds(const std::string &path, const std::string &kind)
+{
+    RunResult r = RunProgram({"ffprobe",
+                              "-v",
+                              "error",
+                              "-select_streams",
+                              kind + ":0",
+                              "-show_entries",
+                              "stream=duration",
+                              "-of",
+                              "csv=p=0",
+                              path});
+    return r.exitCode == 0 && !r.out.empty() ? std::atof(r.out.c_str()) : -1.0;
+}
+
 std::vector<std::string> FilesMatching(const std::string &folder, const std::string &part)
 {
     std::vector<std::string> files;

@@ -53,6 +53,13 @@ bool LoopClip(const std::string &path, const std::string &part, int streamLoop);
 // Fails the current test (ADD_FAILURE) and returns false when ffmpeg fails.
 bool MakeSoundClip(const std::string &path);
 
+// Frames of a file's video as ffprobe counts them by decoding; -1 when it cannot read it.
+int DecodedFrames(const std::string &path);
+
+// Seconds of a file's first stream of kind ("v" or "a") as ffprobe states them; -1 when the
+// file has no such stream.
+double StreamSeconds(const std::string &path, const std::string &kind);
+
 // The files in folder whose names contain part, with their paths; none when the folder is
 // missing.
 std::vector<std::string> FilesMatching(const std::string &folder, const std::string &part);
