@@ -27,9 +27,14 @@ int GrabFrames(CTarnwickProcess &engine, const std::string &path, const std::str
     {
         JobPool pool(bUseCuda);
         for (int i = 0; i < kPictureSamples; ++i) {
-            std::string command = FrameGrabCommand(
-                prefix, FrameGrabTime(i, step, fps), path, FrameGrabFile(pattern, i + 1));
+            const std::string file = FrameGrabFile(pattern, i + 1);
+            std::string command = FrameGrabCommand(prefix, FrameGrabTime(i, step, fps), path, file);
             int *result = &results[static_cast<size_t>(i)];
+            if (!engine.CommandCarriesPaths(
+                    "CTarnwickProcess::AnalyzeVideoEQParams", __LINE__, command, {path, file})) {
+                *result = kJobCannotStart;
+                continue;
+            }
             pool.Run([&engine, command, result] {
                 // After a stop the grabs that have not begun yet start no tool.
                 *result = engine.bCancel != 0 ? kJobStopped : engine.ExecuteCmd(command);
