@@ -2,7 +2,7 @@
 // job 1057) and a second render of the same project (job 1006), against one ffmpeg encode of
 // the film's frames with the final encode's settings, and the scan's own decoding.
 //
-// Usage: tw_render_bench [--keep]
+// Usage: tw_render_bench [--keep] [--stages]
 // The clip (motion in about half of it, with sound) is made once into the build's bench-data
 // folder and reused by later runs. The project and its files go to a fresh folder there.
 #include <chrono>
@@ -28,11 +28,12 @@ namespace {
 namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
 
-constexpr const char *kClipName = "render_1280x720_60s.mp4";
-// A light box on a dark ground moves in the first five seconds of every ten.
+constexpr const char *kClipName = "render_1280x720_60s_v3.mp4";
+// A light box on a dark ground swings to and fro in the first five seconds of every ten.
+// A key frame every second, as cameras write them, so that a cut's seek lands near its start.
 constexpr const char *kClipSource =
-    "color=c=0x404040:s=1280x720:r=25:d=60[bg];color=c=0xA0A0A0:s=128x128:r=25:d=60[box];"
-    "[bg][box]overlay=x='if(lt(mod(t,10),5),200*mod(t,10),0)':y=296:eval=frame";
+    "color=c=0x404040:s=1280x720:r=25:d=60[bg];color=c=0xA0A0A0:s=256x256:r=25:d=60[box];"
+    "[bg][box]overlay=x='if(lt(mod(t,10),5),512+400*sin(2*PI*t),512)':y=232:eval=frame";
 
 double SecondsSince(Clock::time_point start)
 {
@@ -50,12 +51,25 @@ long PeakMemoryKiB()
 class RenderBench
 {
 public:
-    RenderBench()
+    // With stages, the time at which each stage of a job begins is printed.
+    explicit RenderBench(bool stages)
     {
         m_engine.pData = &data;
         m_engine.pHostDlg = &m_host;
-        m_host.Tab(0).SetOnMessage(
-            [this](const engine::JobMessage &) { m_host.Tab(0).ClearMessages(); });
+        m_host.Tab(0).SetOnMessage([this, stages](const engine::JobMessage &msg) {
+            m_host.Tab(0).ClearMessages();
+            const bool stage = msg.id == engine::AppMessage::WM_APP_STAGE_BEGIN ||
+                               msg.id == engine::AppMessage::WM_APP_STAGE_TEXT ||
+                               msg.id == engine::AppMessage::WM_APP_JOB_STATE;
+            if (stages && stage) {
+                std::printf("    %7.3f s  %s %lld\n",
+                            SecondsSince(m_jobStart),
+                            msg.text.value_or("state").c_str(),
+                            static_cast<long long>(msg.id == engine::AppMessage::WM_APP_JOB_STATE
+                                                       ? msg.wParam
+                                                       : msg.lParam));
+            }
+        });
     }
 
     engine::CTarnwickProcess &Engine() { return m_engine; }
@@ -64,6 +78,7 @@ public:
     double TimeJob(int nJob, int *pResult)
     {
         Clock::time_point start = Clock::now();
+        m_jobStart = start;
         m_engine.StartThread(nJob);
         m_host.Loop().RunUntil([this] { return !m_engine.bThreadRunning; });
         *pResult = m_engine.nProcessExitCode;
@@ -83,6 +98,7 @@ public:
 private:
     engine::HeadlessHost m_host; // before the engine: it outlives the engine
     engine::CTarnwickProcess m_engine;
+    Clock::time_point m_jobStart = Clock::now();
 };
 
 std::string CachedClip(RenderBench &bench)
@@ -99,7 +115,7 @@ std::string CachedClip(RenderBench &bench)
     int result = 0;
     bench.TimeCommand(core::StrPrintf("ffmpeg -y -loglevel error -f lavfi -i \"%s\" -f lavfi -i "
                                       "\"sine=frequency=440:duration=60\" -c:v libx264 -preset "
-                                      "veryfast -pix_fmt yuv420p -c:a aac \"%s\"",
+                                      "veryfast -g 25 -pix_fmt yuv420p -c:a aac \"%s\"",
                                       kClipSource,
                                       partial.c_str()),
                       &result);
@@ -131,9 +147,9 @@ int TickedFrames(const core::CTarnwickData &data)
     return frames;
 }
 
-int Run(bool keep)
+int Run(bool keep, bool stages)
 {
-    RenderBench bench;
+    RenderBench bench(stages);
     const std::string clip = CachedClip(bench);
     if (clip.empty()) {
         return 1;
@@ -151,6 +167,10 @@ int Run(bool keep)
     const double run = bench.TimeJob(engine::kJobExtractAndOutput, &result);
     if (result != 0) {
         std::fprintf(stderr, "tw_render_bench: the first run failed (%d)\n", result);
+        return 1;
+    }
+    if (data.diff_list.empty()) {
+        std::fprintf(stderr, "tw_render_bench: the first run found no scene\n");
         return 1;
     }
     const long peakAfterRun = PeakMemoryKiB();
@@ -217,13 +237,15 @@ int Run(bool keep)
 int main(int argc, char **argv)
 {
     bool keep = false;
+    bool stages = false;
     for (int i = 1; i < argc; ++i) {
-        if (std::string(argv[i]) == "--keep") {
-            keep = true;
+        const std::string arg = argv[i];
+        if (arg == "--keep" || arg == "--stages") {
+            (arg == "--keep" ? keep : stages) = true;
         } else {
-            std::fprintf(stderr, "Usage: tw_render_bench [--keep]\n");
+            std::fprintf(stderr, "Usage: tw_render_bench [--keep] [--stages]\n");
             return 2;
         }
     }
-    return Run(keep);
+    return Run(keep, stages);
 }
