@@ -28,8 +28,8 @@ if [ "${TW_SKIP_SANITIZERS:-0}" != "1" ] && [ -d "$here/src/engine" ] && ls "$he
         dir="$here/build-${san,,}"
         cmake -S "$here" -B "$dir" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTW_SANITIZE_$san=ON >/dev/null
         cmake --build "$dir" -j"$(nproc)"
-        echo "Engine tests under the ${san,,} sanitizer:"
-        ctest --test-dir "$dir" --output-on-failure -j"$(nproc)" -L engine || status=1
+        echo "Engine and render tests under the ${san,,} sanitizer:"
+        ctest --test-dir "$dir" --output-on-failure -j"$(nproc)" -L "engine|render" || status=1
     done
 fi
 
