@@ -161,6 +161,34 @@ public:
     // the first video stream with errors shown). 0, or 1 when the tool failed.
     int RunFfprobeJson(const std::string &path, std::string &text, int mode);
 
+    // ---- Frame times ----
+
+    // Makes pts_list hold the time of every frame of the working input path (viInput), counted
+    // from its first frame, plus the end of the last one: viInput.frame_num + 1 entries, each
+    // the value of its "%.6f" text, and writes them to pts_file (one per line, atomically,
+    // creating output_folder). Nothing is done, and nothing sent, when pts_file exists and the
+    // list has that length already. Otherwise WM_APP_STAGE_BEGIN "Frame Rate Analysis" with
+    // viInput.frame_num; a file whose first frames show a constant rate gets multiples of
+    // 1 / viInput.fps, any other is read in full by ffprobe (with progress). Reports state 4,
+    // 5 for a stop, or 3 with "ExitCode(%d)". Returns 0, -2 when stopped (file not written),
+    // or the tool's code or -1 (file not written). Analysis or worker thread.
+    int EnsurePtsList(const std::string &path);
+    // True when the first hundred or so frame times of path are evenly spaced at 1 /
+    // viInput.fps; ffprobe is ended after those. False when the tool fails, is stopped or gives
+    // fewer than 3 times. Logs mean, standard deviation and range of the spacing.
+    bool CheckPtsDeltaFromFirstFrames(const std::string &path);
+    // Reads the frame times of path's first video stream with ffprobe into texts ("%.6f",
+    // counted from the first frame) and values (their numbers), appending. With bAll: every
+    // frame, a WM_APP_PROGRESS (viCurrent.frame_num, count) posted per frame, and on success a
+    // list of viInput.frame_num entries or fewer extended to viInput.frame_num + 1 by its
+    // first delta. Without bAll: the tool is ended with result 0 once more than a hundred
+    // times were read. Returns the tool's exit code, -2 when stopped, -1 when it could not
+    // start. Any thread.
+    int GetPtsListFromFfprobe(const std::string &path,
+                              std::vector<std::string> &texts,
+                              std::vector<double> &values,
+                              bool bAll);
+
     // ---- Scene extraction (job 1053 on the scene tab) ----
 
     // The scan job: probes path, scans it, leaves the default scene when nothing was found,
