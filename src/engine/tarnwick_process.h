@@ -8,6 +8,7 @@
 #include <deque>
 #include <functional>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -64,6 +65,12 @@ struct PreviewRequest
     bool bVf = false;             // apply the picture chain
     std::string strTime;          // time text for -ss
     std::string strFile;          // file to read
+    // The project, the job number and the position as they stood at the request: the preview
+    // thread builds the still's chain from these copies while jobs go on changing the project.
+    std::shared_ptr<const core::CTarnwickData> project;
+    int nJob = 0;
+    int nPreviewFrame = 0;
+    int bMergeMode = 0;
 };
 
 // One engine per tab, living as long as the tab. The tab starts jobs and asks for stops on

@@ -10,13 +10,47 @@
 #include "render/preview_commands.h"
 
 namespace engine {
+namespace {
+
+// The still's chain, built as BuildVideoFilter builds it, by an engine of its own over the
+// request's copy of the project: the caption file it writes and everything it reads belong to
+// the preview thread alone.
+std::string StillChain(const PreviewRequest &request)
+{
+    core::CTarnwickData project = *request.project;
+    const int rotation = project.viCurrent.rotation;
+    CTarnwickProcess scratch;
+    scratch.pData = &project;
+    scratch.nProcessID = request.nJob;
+    scratch.nPreviewFrame = request.nPreviewFrame;
+    scratch.bMergeMode = request.bMergeMode;
+    return scratch.BuildVideoFilter(
+        request.bVf, true, true, rotation == 90 || rotation == -90, request.nScene);
+}
+
+} // namespace
 
 void CTarnwickProcess::SetPreviewImage(const std::string &strFile,
                                        const std::string &strTime,
                                        bool bVf,
                                        int nScene)
 {
-    PreviewRequest request{CurrentTab(), nScene, bVf, strTime, strFile};
+    PreviewRequest request;
+    request.hTarget = CurrentTab();
+    request.nScene = nScene;
+    request.bVf = bVf;
+    request.strTime = strTime;
+    request.strFile = strFile;
+    auto project = std::make_shared<core::CTarnwickData>();
+    {
+        // Pool threads may be correcting their entries of the list meanwhile.
+        std::lock_guard<std::mutex> lock(pData->sceneLock.m);
+        *project = *pData;
+    }
+    request.project = std::move(project);
+    request.nJob = nProcessID;
+    request.nPreviewFrame = nPreviewFrame;
+    request.bMergeMode = bMergeMode;
     std::lock_guard<std::mutex> lock(previewMutex);
     // A request that no thread has taken yet is dropped: only the latest position counts.
     previewRequest = std::move(request);
@@ -56,28 +90,26 @@ std::string CTarnwickProcess::PreviewImagePath() const
 void CTarnwickProcess::MakePreviewImage(const PreviewRequest &request)
 {
     const char *function = "CTarnwickProcess::SetPreviewImage";
-    const std::string still = PreviewImagePath();
+    const core::CTarnwickData &project = *request.project;
+    const std::string still = render::PreviewImagePath(
+        project.output_folder, project.input_file, project.output_name, bMergeMode != 0);
     std::error_code ignored;
     std::filesystem::remove(still, ignored);
-    if (pData->output_folder.empty() || request.strFile.empty()) {
+    if (project.output_folder.empty() || request.strFile.empty()) {
         // Nothing to show, or no folder of its own: a still would land wherever the program
         // was started.
         core::Log("%s(%d) no still of \"%s\" in \"%s\"\n",
                   function,
                   __LINE__,
                   request.strFile.c_str(),
-                  pData->output_folder.c_str());
+                  project.output_folder.c_str());
     } else {
-        core::CreateFolders(core::SetTrailingSeparator(pData->output_folder, false));
-        const int rotation = pData->viCurrent.rotation;
-        const bool bRotated = rotation == 90 || rotation == -90;
-        const std::string chain =
-            BuildVideoFilter(request.bVf, true, true, bRotated, request.nScene);
+        core::CreateFolders(core::SetTrailingSeparator(project.output_folder, false));
         const std::string command =
-            render::BuildStillCommand(pData->bUseCuda != 0,
+            render::BuildStillCommand(project.bUseCuda != 0,
                                       render::PreviewTimeText(request.strTime),
                                       request.strFile,
-                                      chain,
+                                      StillChain(request),
                                       still);
         if (CommandCarriesPaths(function, __LINE__, command, {request.strFile, still})) {
             int result = ExecuteCmd(command);
