@@ -31,6 +31,8 @@ const CommandEntry kCommands[] = {
      "run VIDEO [--threshold N] [--valid-min S] [--cut-min S] [--transition] [--output-folder "
      "DIR] [--output-name NAME] [--title TEXT] [--auto-picture]"},
     {"autopicture", RunAutoPicture, "autopicture VIDEO"},
+    {"still", RunStill, "still VIDEO [--at SECONDS] [--scene N] [--project PROJECT]"},
+    {"play", RunPlay, "play VIDEO [--from SECONDS] [--volume N]"},
 };
 
 void PrintUsage(std::ostream &os)

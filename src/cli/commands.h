@@ -64,6 +64,20 @@ int RunRender(const std::vector<std::string> &args, CliOutput &io);
 // the saved project and the film.
 int RunRun(const std::vector<std::string> &args, CliOutput &io);
 
+// still VIDEO [--at SECONDS] [--scene N] [--project PROJECT]: one still of VIDEO at SECONDS
+// (default 0) as the picture pane gets it, a 480 by 480 JPEG; prints its path. Without a
+// project it is written to VIDEO + "_out/"; with --project into that project's output folder,
+// through the project's picture chain and the caption of scene N (from 1; default the current
+// scene). Exit 2 for bad arguments, a missing or unreadable VIDEO or PROJECT and a scene that
+// does not exist; 1 when the still could not be made; 130 on Ctrl-C.
+int RunStill(const std::vector<std::string> &args, CliOutput &io);
+// play VIDEO [--from SECONDS] [--volume N]: plays VIDEO in ffplay on the X display from
+// SECONDS (default the start) at volume N (0 to 100), with a live position line on standard
+// error; prints the position reached in seconds, as text that --from takes unchanged. Exit 0
+// at the end of the video, 130 on Ctrl-C (the player stops), 1 without a display or when the
+// player fails, 2 for bad arguments or a VIDEO that cannot be read.
+int RunPlay(const std::vector<std::string> &args, CliOutput &io);
+
 // Parses argv and runs the named command; prints usage for unknown ones.
 int RunCommandLine(int argc, char **argv);
 

@@ -5,6 +5,13 @@
 
 namespace engine {
 
+// A point on the screen, in pixels from its top-left corner.
+struct ScreenPoint
+{
+    int left = 0;
+    int top = 0;
+};
+
 // A tab as the engine sees it. The engine never keeps "its" tab: it asks the host for the
 // current one each time it reports (EngineHost::CurrentTab). Operations named "worker" run on
 // a job's worker thread while the user-interface thread runs on, so an implementation answers
@@ -26,6 +33,9 @@ public:
     // The repaint flag of the picture pane: cleared when a playback is stopped, set (worker)
     // when the player has ended.
     virtual void SetPreviewRepaint(bool bRepaint) = 0;
+    // Worker: where the picture pane's top-left corner stands on the screen, so that the player
+    // opens right over it.
+    virtual ScreenPoint PreviewPaneOrigin() const = 0;
 
     // Queue thread, around a background recut of a scene: true disables the tab's scene list
     // (the tab is busy), false enables it again. Must not wait for the user-interface thread:

@@ -197,8 +197,7 @@ void OpenLastScene(CTarnwickProcess &engine)
             return;
         }
     }
-    // The still picture of the segment at strPreviewTime is asked for here once the picture
-    // pane exists.
+    engine.SetPreviewImage(file, engine.strPreviewTime.get(), true, -1);
 }
 
 } // namespace
@@ -215,8 +214,11 @@ int CTarnwickProcess::ProcessDiffFrame(const std::string &path, int nThreshold)
     if (result != kJobOk) {
         return result;
     }
-    // The still picture of the input while the scan runs is asked for here once the picture
-    // pane exists.
+    // The picture pane shows the video while the scan runs. A scan that only finds scenes
+    // writes nothing, so it asks for no still either.
+    if (bCutScenes) {
+        SetPreviewImage(path, strPreviewTime.get(), false, -1);
+    }
     result = ExecuteCmdLoadVideo(path, nThreshold);
     if (DiffListEmpty()) {
         LeaveDefaultScene(*this);

@@ -54,6 +54,18 @@ void HeadlessTab::SetPreviewRepaint(bool bRepaint)
     m_previewRepaint = bRepaint;
 }
 
+ScreenPoint HeadlessTab::PreviewPaneOrigin() const
+{
+    ++m_paneOriginCalls;
+    return ScreenPoint{m_paneLeft, m_paneTop};
+}
+
+void HeadlessTab::SetPreviewPaneOrigin(ScreenPoint origin)
+{
+    m_paneLeft = origin.left;
+    m_paneTop = origin.top;
+}
+
 void HeadlessTab::SetSceneListBusy(bool bBusy)
 {
     m_sceneListBusy = bBusy;

@@ -27,6 +27,7 @@ public:
     bool IsPositionDrag() const override;
     void CaptureFfplayWindow() override;
     void SetPreviewRepaint(bool bRepaint) override;
+    ScreenPoint PreviewPaneOrigin() const override;
     void SetSceneListBusy(bool bBusy) override;
     void StartElapsedTimer() override;
     void StopElapsedTimer() override;
@@ -38,6 +39,8 @@ public:
     void SetDefaultSceneRoutine(std::function<void()> routine);
     // What the position bar would say: the user is dragging it.
     void SetPositionDrag(bool bDrag);
+    // Where the picture pane would stand on the screen; (0, 0) unless set.
+    void SetPreviewPaneOrigin(ScreenPoint origin);
 
     // Copies of what was recorded; any thread.
     std::vector<JobMessage> Messages() const;
@@ -45,6 +48,8 @@ public:
     void ClearMessages();
     int DefaultSceneCalls() const { return m_defaultSceneCalls; }
     int CaptureCalls() const { return m_captureCalls; }
+    // How often the engine asked where the picture pane stands.
+    int PaneOriginCalls() const { return m_paneOriginCalls; }
     bool PreviewRepaint() const { return m_previewRepaint; }
     // The busy and timer calls in order: "SetSceneListBusy(1)", "SetSceneListBusy(0)",
     // "StartElapsedTimer", "StopElapsedTimer". Any thread.
@@ -82,6 +87,9 @@ private:
     std::atomic<bool> m_timerRunning{false};
     std::atomic<int> m_defaultSceneCalls{0};
     std::atomic<int> m_captureCalls{0};
+    std::atomic<int> m_paneLeft{0};
+    std::atomic<int> m_paneTop{0};
+    mutable std::atomic<int> m_paneOriginCalls{0};
 };
 
 // A host with the scene tab (index 0) and the merge tab (index 1) on one message loop, owned

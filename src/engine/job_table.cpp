@@ -24,11 +24,17 @@ int ModeIndex(int nMergeMode)
 } // namespace
 
 // The rows that the engine itself provides. The job functions of the scan (1053), the segment
-// output and the conversions (1052), the final output (1006), the playback branch (1027, 1028
-// and unknown numbers) and the scene loop (1029) install their rows here as they are added;
-// until then those jobs end with -1 and say so.
+// output and the conversions (1052) and the final output (1006) install their rows here as they
+// are added; until then those jobs end with -1 and say so.
 void CTarnwickProcess::InstallJobTable()
 {
+    // Playback is the same on both tabs; any number without a job of its own plays too.
+    for (int mode = 0; mode < 2; ++mode) {
+        SetJobFunction(kJobPlayInput, mode, [this](int nJob) { return RunPlaybackBranch(nJob); });
+        SetJobFunction(kJobPlayOutput, mode, [this](int nJob) { return RunPlaybackBranch(nJob); });
+        SetJobFunction(kJobPlayScenes, mode, [this](int nJob) { return PlayScenes(nJob); });
+        SetPlaybackFunction(mode, [this](int nJob) { return RunPlaybackBranch(nJob); });
+    }
     SetJobFunction(kJobSceneExtract, 0, [this](int) {
         return ProcessDiffFrame(SourcePath(), ThresholdArgument());
     });

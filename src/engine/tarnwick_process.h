@@ -8,6 +8,7 @@
 #include <deque>
 #include <functional>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -64,6 +65,12 @@ struct PreviewRequest
     bool bVf = false;             // apply the picture chain
     std::string strTime;          // time text for -ss
     std::string strFile;          // file to read
+    // The project, the job number and the position as they stood at the request: the preview
+    // thread builds the still's chain from these copies while jobs go on changing the project.
+    std::shared_ptr<const core::CTarnwickData> project;
+    int nJob = 0;
+    int nPreviewFrame = 0;
+    int bMergeMode = 0;
 };
 
 // One engine per tab, living as long as the tab. The tab starts jobs and asks for stops on
@@ -281,6 +288,37 @@ public:
     // pool thread.
     int AnalyzeVideoEQParams(const std::string &path, int nSamples);
 
+    // ---- Stills and playback ----
+
+    // Asks for a still of strFile at strTime (seconds as text; empty: 0), through the picture
+    // chain when bVf, with the caption of scene nScene (-1: list_idx). Returns at once: the
+    // preview thread writes the JPEG at PreviewImagePath() with ffmpeg and then sends
+    // WM_APP_PREVIEW_IMAGE with that path to the tab that was current at this call, also when
+    // the tool failed (the pane then shows grey). At most one request waits: a newer one
+    // replaces it, so a dragged position bar costs one tool run at a time. Any thread.
+    void
+    SetPreviewImage(const std::string &strFile, const std::string &strTime, bool bVf, int nScene);
+    // Where the still and the capture of a stopped player go: output_folder + the input's file
+    // name (merge tab: output_name) with its extension replaced by "_preview.jpg".
+    std::string PreviewImagePath() const;
+    // Brings path on show as a still. A path other than strPreviewFile is opened first at its
+    // first frame (with bScene as a scene of the list: viCurrent from viInput, nPlayJob 1029);
+    // then a still at strPreviewTime, through the picture chain when bScene. 0, or the failed
+    // opening's result; 0 without a still while a playback job runs. Worker or queue thread.
+    int ShowFile(const std::string &path, bool bScene);
+    // Plays strFile in ffplay over the picture pane, as job nJob (1027 the input, 1028 the
+    // output), from strPreviewTime, or from the start (file opened anew, stage "Input Preview"
+    // or "Output Preview") when that is "0" or stands at the last frame. Follows the player's
+    // position in nPreviewFrame/strPreviewTime; with play_loop plays again from the start
+    // after each end. The player's exit code (0 at its end, -2 stopped) or the opening's
+    // result. Worker thread only.
+    int PlayVideo(const std::string &strFile, int nJob);
+    // Plays the row list_idx from its file strFile (scene tab: the segment, opened anew when
+    // missing or when playing from the start) with the picture chain, bars and captions. 0
+    // without a player when no row is current, or when the scene tab cannot open the file;
+    // otherwise as PlayVideo. Worker thread only.
+    int PlayVideoScene(const std::string &strFile);
+
     // ---- Reports and paths of a job ----
 
     // The tab that gets reports now; null without a host.
@@ -318,8 +356,9 @@ public:
     std::atomic<int> bCancel{0};              // a stop was asked for; every reading loop looks
     std::atomic<bool> bSelectingScene{false}; // job 1029 is choosing its scene: no stop now
     std::atomic<bool> bPreviewRunning{false}; // the preview thread exists
-    std::mutex previewMutex;                  // guards previewRequest
+    std::mutex previewMutex;                  // guards previewRequest and previewThread
     std::optional<PreviewRequest> previewRequest;
+    std::thread previewThread; // the preview thread, or the last one, which has ended
     // Background scene check: pairs (scene index, show flag) waiting for the queue thread.
     std::deque<std::pair<int, bool>> checkQueue;
     std::mutex queueMutex;                  // guards checkQueue
@@ -380,6 +419,29 @@ private:
 
     std::map<std::pair<int, int>, JobFunction> m_jobTable; // (bMergeMode, job) to function
     JobFunction m_playback[2];                             // per bMergeMode
+
+    // The preview thread's body: makes stills while requests wait, then clears bPreviewRunning.
+    void RunPreviewThread();
+    // One still of the request: the JPEG at PreviewImagePath(), then WM_APP_PREVIEW_IMAGE.
+    void MakePreviewImage(const PreviewRequest &request);
+    // The playback branch (1027, 1028 and numbers without a job of their own): PlayVideo of the
+    // source, or of the output for 1028, then a still where it stopped unless stopped by a stop.
+    int RunPlaybackBranch(int nJob);
+    // Job 1029: the scenes from list_idx on, one PlayVideoScene each while play_scene_loop goes
+    // on; then a still of the last file unless stopped.
+    int PlayScenes(int nJob);
+    // The player runs of one playback from ss over nFrames frames, again from the start while
+    // play_loop is set and the player ended normally. The last player's exit code.
+    int RunPlayerLoop(const std::string &file, bool bVf, std::string ss, int nFrames, int nBase);
+
+    // Destroyed before every other member: drops a waiting still request and waits for the
+    // preview thread, handling the current tab's messages meanwhile (it may be sending one).
+    struct PreviewThreadEnd
+    {
+        CTarnwickProcess &engine;
+        ~PreviewThreadEnd();
+    };
+    PreviewThreadEnd m_previewEnd{*this}; // last member: see above
 };
 
 } // namespace engine

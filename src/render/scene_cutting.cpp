@@ -161,7 +161,12 @@ void CheckSceneInBackground(CTarnwickProcess &engine, int nScene, bool bShow)
             tab->SetSceneListBusy(false);
         }
     }
-    // With bShow the picture pane will show the scene's segment here, once the pane exists.
+    if (bShow) {
+        // The record again: a cut may have renamed the segment.
+        if (std::optional<core::SceneEntry> shown = SceneCopy(*engine.pData, nScene)) {
+            engine.ShowFile(shown->fileName, true);
+        }
+    }
 }
 
 // The queue thread: serves checkQueue until quit is set and nothing waits any more.
@@ -236,7 +241,12 @@ int CTarnwickProcess::CutScene(
         return result;
     }
     UpdateSceneFile(nScene, nFrames);
-    // With bReport the picture pane will show the new segment here, once the pane exists.
+    if (bReport) {
+        // The record again: the segment may have a new name now.
+        if (std::optional<core::SceneEntry> shown = SceneCopy(*pData, nScene)) {
+            ShowFile(shown->fileName, true);
+        }
+    }
     return kJobOk;
 }
 
@@ -271,8 +281,10 @@ int CTarnwickProcess::CutSceneQuiet(const std::string &path, int nScene)
         }
     }
     UpdateSceneFile(nScene, info.frame_num);
-    // The picture pane will show the finished segment here (at the current position, with the
-    // picture chain, for this scene), once the pane exists.
+    // The preview follows the cuts as they finish.
+    if (std::optional<core::SceneEntry> shown = SceneCopy(*pData, nScene)) {
+        SetPreviewImage(shown->fileName, strPreviewTime.get(), true, nScene);
+    }
     return result;
 }
 

@@ -64,6 +64,7 @@ int CTarnwickProcess::ProcessTrim(const std::string &input, const std::string &o
     if (result != kJobOk) {
         return result;
     }
+    SetPreviewImage(input, strPreviewTime.get(), false, -1);
     core::CreateFolders(core::SetTrailingSeparator(pData->output_folder, false));
     TrimPrecheck checked;
     result = PrecheckSegments(input, nScenes, checked);
@@ -293,8 +294,12 @@ int CTarnwickProcess::EncodeFinal(const render::TrimNames &names,
     if (output != strPreviewFile.get()) {
         nPreviewFrame = 0;
         strPreviewTime = "0";
-        return ReloadVideoInfo(output, false);
+        result = ReloadVideoInfo(output, false);
+        if (result != kJobOk) {
+            return result;
+        }
     }
+    SetPreviewImage(output, strPreviewTime.get(), false, -1);
     return kJobOk;
 }
 

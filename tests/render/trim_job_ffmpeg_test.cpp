@@ -82,7 +82,10 @@ int CutsInLog(LogCapture &log)
 {
     int cuts = 0;
     for (const std::string &line : log.Lines("CTarnwickProcess::ExecuteCmd")) {
-        cuts += line.find("_seg_") != std::string::npos && line.find(" -ss ") != std::string::npos;
+        // A still of a finished segment reads it with -ss too, but writes no segment.
+        cuts += line.find("_seg_") != std::string::npos &&
+                line.find(" -ss ") != std::string::npos &&
+                line.find("_preview.jpg") == std::string::npos;
     }
     return cuts;
 }

@@ -1,0 +1,154 @@
+// tarnwickmp4-cli still: one still picture of a video through the preview thread, as the picture
+// pane gets it; prints the JPEG's path.
+#include <cmath>
+#include <filesystem>
+#include <optional>
+#include <ostream>
+#include <regex>
+#include <string>
+#include <vector>
+
+#include "cli/cli_support.h"
+#include "cli/commands.h"
+#include "cli/signal_stop.h"
+#include "core/helpers.h"
+#include "core/project_names.h"
+#include "core/tarnwick_data.h"
+#include "engine/headless_host.h"
+#include "engine/tarnwick_process.h"
+
+namespace cli {
+namespace {
+
+constexpr const char *kStillUsage =
+    "Usage: tarnwickmp4-cli still VIDEO [--at SECONDS] [--scene N] [--project PROJECT]\n";
+constexpr const char *kNotReadable = "is not a readable file";
+
+struct StillArgs
+{
+    std::string video;
+    std::string at = "0"; // seconds as text, handed to the tool as given
+    int scene = 0;        // from 1; 0: none
+    std::string project;  // empty: a new project for VIDEO
+};
+
+// Seconds as plain decimal text: digits with an optional fraction.
+bool IsSecondsText(const std::string &text)
+{
+    static const std::regex seconds("[0-9]{1,9}(\\.[0-9]{1,9})?");
+    return std::regex_match(text, seconds);
+}
+
+std::optional<StillArgs> ParseStillArgs(const std::vector<std::string> &args)
+{
+    StillArgs parsed;
+    for (size_t i = 0; i < args.size(); ++i) {
+        const std::string &arg = args[i];
+        const bool hasValue = i + 1 < args.size() && !args[i + 1].empty();
+        if (arg == "--at" && hasValue && IsSecondsText(args[i + 1])) {
+            parsed.at = args[++i];
+        } else if (arg == "--scene" && hasValue &&
+                   std::regex_match(args[i + 1], std::regex("[1-9][0-9]{0,5}"))) {
+            parsed.scene = std::stoi(args[++i]);
+        } else if (arg == "--project" && hasValue) {
+            parsed.project = args[++i];
+        } else if (parsed.video.empty() && !arg.empty() && arg[0] != '-') {
+            parsed.video = arg;
+        } else {
+            return std::nullopt;
+        }
+    }
+    if (parsed.video.empty() || (parsed.scene != 0 && parsed.project.empty())) {
+        return std::nullopt;
+    }
+    return parsed;
+}
+
+// The project the still is made in: the given one, or a new one for the video. Empty when it
+// is fine, else the message line.
+std::string PrepareStillProject(core::CTarnwickData &data, const StillArgs &args)
+{
+    if (args.project.empty()) {
+        core::DeriveProjectNames(data, std::filesystem::absolute(args.video).string());
+        return "";
+    }
+    std::string problem = UnusablePath(args.project);
+    if (!problem.empty()) {
+        return PrintablePath(args.project) + ": " + problem;
+    }
+    std::string error;
+    if (!data.LoadProjectFile(std::filesystem::absolute(args.project).string(), &error)) {
+        return error;
+    }
+    if (args.scene > static_cast<int>(data.diff_list.size())) {
+        return args.project + ": there is no scene " + std::to_string(args.scene) + "; it has " +
+               std::to_string(data.diff_list.size());
+    }
+    problem = UnusablePath(data.output_folder);
+    if (data.output_folder.empty() || !problem.empty()) {
+        return args.project + ": its output folder " + PrintablePath(data.output_folder) + ": " +
+               (problem.empty() ? std::string("is not set") : problem);
+    }
+    return "";
+}
+
+} // namespace
+
+int RunStill(const std::vector<std::string> &args, CliOutput &io)
+{
+    std::optional<StillArgs> parsed = ParseStillArgs(args);
+    if (!parsed) {
+        io.err << kStillUsage;
+        return kExitBadInput;
+    }
+    const std::string head = "tarnwickmp4-cli still: ";
+    const std::string video = std::filesystem::absolute(parsed->video).string();
+    std::string problem = CheckInputFile(parsed->video, kNotReadable, kNotReadable);
+    if (!problem.empty()) {
+        io.err << head << PrintablePath(parsed->video) << ": " << problem << "\n";
+        return kExitBadInput;
+    }
+    core::CTarnwickData data;
+    problem = PrepareStillProject(data, *parsed);
+    if (!problem.empty()) {
+        io.err << head << problem << "\n";
+        return kExitBadInput;
+    }
+    engine::HeadlessHost host; // before the engine: it outlives the engine
+    engine::CTarnwickProcess engine;
+    engine.pData = &data;
+    engine.pHostDlg = &host;
+    if (engine.OpenVideoFile(video) != engine::kJobOk) {
+        io.err << head << video << ": is not a video that ffprobe can read\n";
+        return kExitBadInput;
+    }
+    // The caption of a still is the one in force at its frame.
+    engine.nPreviewFrame =
+        static_cast<int>(std::lround(std::stod(parsed->at) * data.viCurrent.fps));
+    engine.strPreviewTime = parsed->at;
+    std::optional<std::string> still;
+    host.Tab(0).SetOnMessage([&still](const engine::JobMessage &msg) {
+        if (msg.id == engine::AppMessage::WM_APP_PREVIEW_IMAGE) {
+            still = msg.text.value_or("");
+        }
+    });
+    SignalStop stop([&host] { host.Loop().Wake(); });
+    engine.SetPreviewImage(video, parsed->at, !parsed->project.empty(), parsed->scene - 1);
+    host.Loop().RunUntil([&] { return still.has_value() || stop.StopRequested(); });
+    if (stop.StopRequested()) {
+        engine.bCancel = 1; // the tool of the still is killed
+        host.Loop().RunUntil([&engine] { return !engine.bPreviewRunning; });
+        io.err << head << video << ": stopped\n";
+        return kExitStopped;
+    }
+    std::error_code ec;
+    if (!std::filesystem::is_regular_file(*still, ec)) {
+        io.err << head << video << ": no still could be made at " << parsed->at
+               << " seconds (see the log for the tool's result)\n";
+        return kExitFailed;
+    }
+    io.out << *still << "\n";
+    return kExitOk;
+}
+
+} // namespace cli
