@@ -14,25 +14,89 @@ struct CommandEntry
     const char *name;
     CommandFn fn;
     const char *usage;
+    const char *help = nullptr;    // what it does and its options, one per line
+    const char *example = nullptr; // a command line to copy
 };
 
 // One row per command; each command lives in its own cmd_*.cpp.
 const CommandEntry kCommands[] = {
-    {"--version", RunVersion, "--version"},
-    {"project", RunProjectCommand, "project check FILE [--write OUT]"},
-    {"probe", RunProbe, "probe FILE [--kind N]"},
-    {"scan", RunScan, "scan VIDEO [--threshold N] [--valid-min S] [--cut-min S] [--json]"},
+    {"--version", RunVersion, "--version", "Prints the program's name and version.\n", nullptr},
+    {"project",
+     RunProjectCommand,
+     "project check FILE [--write OUT]",
+     "Reads a project file and reports what it holds; exit 3 when it loads but holds values\n"
+     "that cannot be right (each named in a warning).\n"
+     "  --write OUT   save the project as read to OUT\n",
+     "tarnwickmp4-cli project check clip.mp4.twproj"},
+    {"probe",
+     RunProbe,
+     "probe FILE [--kind N]",
+     "Prints the stream facts of FILE as one JSON object.\n"
+     "  --kind N      ffprobe's JSON text of kind N (1 to 5) instead\n",
+     "tarnwickmp4-cli probe clip.mp4"},
+    {"scan",
+     RunScan,
+     "scan VIDEO [--threshold N] [--valid-min S] [--cut-min S] [--json]",
+     "Finds the scenes in which something moves; writes nothing.\n"
+     "  --threshold N   how much of a frame must change to count as motion, 0 to 1000\n"
+     "                  (default 100: about half a percent of the picture)\n"
+     "  --valid-min S   activity a scene must have at least, in seconds (1 to 10)\n"
+     "  --cut-min S     still pause that ends a scene, in seconds (1 to 10)\n"
+     "  --json          one JSON document instead of the table\n",
+     "tarnwickmp4-cli scan garden.mp4 --threshold 80"},
     {"extract",
      RunExtract,
-     "extract VIDEO [--threshold N] [--valid-min S] [--cut-min S] [--output-folder DIR]"},
-    {"render", RunRender, "render PROJECT [--output-folder DIR] [--output-name NAME]"},
+     "extract VIDEO [--threshold N] [--valid-min S] [--cut-min S] [--output-folder DIR]",
+     "Scans VIDEO, cuts every scene into its own MP4 and saves the project as VIDEO.twproj.\n"
+     "  --threshold N         motion threshold, 0 to 1000 (see scan --help)\n"
+     "  --valid-min S         activity a scene must have at least, in seconds\n"
+     "  --cut-min S           still pause that ends a scene, in seconds\n"
+     "  --output-folder DIR   where the segments go (default VIDEO_out/)\n",
+     "tarnwickmp4-cli extract garden.mp4 --output-folder scenes"},
+    {"render",
+     RunRender,
+     "render PROJECT [--output-folder DIR] [--output-name NAME]",
+     "Makes the finished film of a saved project: good segments are reused, stale ones cut\n"
+     "again, the ticked scenes joined and encoded with picture values and captions.\n"
+     "  --output-folder DIR   folder of segments and film\n"
+     "  --output-name NAME    file name of the film\n",
+     "tarnwickmp4-cli render garden.mp4.twproj --output-name garden_film.mp4"},
     {"run",
      RunRun,
      "run VIDEO [--threshold N] [--valid-min S] [--cut-min S] [--transition] [--output-folder "
-     "DIR] [--output-name NAME] [--title TEXT] [--auto-picture]"},
-    {"autopicture", RunAutoPicture, "autopicture VIDEO"},
-    {"still", RunStill, "still VIDEO [--at SECONDS] [--scene N] [--project PROJECT]"},
-    {"play", RunPlay, "play VIDEO [--from SECONDS] [--volume N]"},
+     "DIR] [--output-name NAME] [--title TEXT] [--auto-picture]",
+     "Scan, cuts and finished film of VIDEO in one go; saves the project as VIDEO.twproj.\n"
+     "  --threshold N         motion threshold, 0 to 1000 (see scan --help)\n"
+     "  --valid-min S         activity a scene must have at least, in seconds\n"
+     "  --cut-min S           still pause that ends a scene, in seconds\n"
+     "  --transition          cross-fades between the scenes\n"
+     "  --output-folder DIR   folder of segments and film (default VIDEO_out/)\n"
+     "  --output-name NAME    file name of the film\n"
+     "  --title TEXT          a title over the film's first seconds\n"
+     "  --auto-picture        brightness, contrast, saturation and gamma measured first\n",
+     "tarnwickmp4-cli run garden.mp4 --transition --title \"Garden, May\""},
+    {"autopicture",
+     RunAutoPicture,
+     "autopicture VIDEO",
+     "Prints the brightness, contrast, saturation and gamma that the automatic picture\n"
+     "analysis proposes for VIDEO, one \"name value\" line each.\n",
+     "tarnwickmp4-cli autopicture dusk.mp4"},
+    {"still",
+     RunStill,
+     "still VIDEO [--at SECONDS] [--scene N] [--project PROJECT]",
+     "Writes one still of VIDEO as the picture pane shows it (a 480x480 JPEG) and prints\n"
+     "its path.\n"
+     "  --at SECONDS        time of the still (default 0)\n"
+     "  --project PROJECT   through the project's picture values, into its output folder\n"
+     "  --scene N           with the caption of scene N (from 1) of that project\n",
+     "tarnwickmp4-cli still garden.mp4 --at 12.5"},
+    {"play",
+     RunPlay,
+     "play VIDEO [--from SECONDS] [--volume N]",
+     "Plays VIDEO with a live position line; Ctrl-C stops it and prints the position reached.\n"
+     "  --from SECONDS   start time (default the start)\n"
+     "  --volume N       0 to 100\n",
+     "tarnwickmp4-cli play garden.mp4 --from 30"},
 };
 
 void PrintUsage(std::ostream &os)
@@ -40,6 +104,28 @@ void PrintUsage(std::ostream &os)
     os << "Usage: tarnwickmp4-cli COMMAND [ARGS]\nCommands:\n";
     for (const auto &c : kCommands) {
         os << "  tarnwickmp4-cli " << c.usage << "\n";
+    }
+    os << "tarnwickmp4-cli COMMAND --help tells more about one command.\n";
+}
+
+bool AsksForHelp(const std::vector<std::string> &args)
+{
+    for (const std::string &arg : args) {
+        if (arg == "--help" || arg == "-h") {
+            return true;
+        }
+    }
+    return false;
+}
+
+void PrintCommandHelp(const CommandEntry &c, std::ostream &os)
+{
+    os << "Usage: tarnwickmp4-cli " << c.usage << "\n";
+    if (c.help != nullptr) {
+        os << "\n" << c.help;
+    }
+    if (c.example != nullptr) {
+        os << "\nExample:\n  " << c.example << "\n";
     }
 }
 
@@ -65,6 +151,10 @@ int RunCommandLine(int argc, char **argv)
     for (const auto &c : kCommands) {
         if (std::strcmp(argv[1], c.name) == 0) {
             std::vector<std::string> args(argv + 2, argv + argc);
+            if (AsksForHelp(args)) {
+                PrintCommandHelp(c, io.out);
+                return kExitOk;
+            }
             return c.fn(args, io);
         }
     }
