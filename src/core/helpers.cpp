@@ -302,9 +302,36 @@ bool CreateFolders(const std::string &folder)
     return fs::is_directory(folder, statusError);
 }
 
+namespace {
+
+// The program's locale with the narrow cache filled once (thread-safe static initialisation),
+// before the first pattern is compiled: from then on the compilers only read it.
+const std::locale &FilledLocale()
+{
+    static const std::locale locale = [] {
+        std::locale current;
+        const auto &ctype = std::use_facet<std::ctype<char>>(current);
+        for (int c = 0; c < 256; ++c) {
+            ctype.narrow(static_cast<char>(c), '\0');
+        }
+        return current;
+    }();
+    return locale;
+}
+
+} // namespace
+
+std::regex CompilePattern(const char *pattern)
+{
+    std::regex compiled;
+    compiled.imbue(FilledLocale());
+    compiled.assign(pattern, std::regex::ECMAScript);
+    return compiled;
+}
+
 std::string StripFadeTag(const std::string &text)
 {
-    static const std::regex kFadeTag(R"(\{\\fad\(\d+,\d+\)\})", std::regex::ECMAScript);
+    static const std::regex kFadeTag = CompilePattern(R"(\{\\fad\(\d+,\d+\)\})");
     return std::regex_replace(text, kFadeTag, "{}");
 }
 

@@ -1,6 +1,8 @@
 // Common helpers: time-code text, frame-rate snapping, parameter text, paths and files.
 #pragma once
 
+#include <locale>
+#include <regex>
 #include <string>
 
 #include "core/tarnwick_data.h"
@@ -43,5 +45,11 @@ bool DeleteTree(const std::string &folder);
 bool CreateFolders(const std::string &folder);
 // Replaces every "{\fad(a,b)}" by "{}".
 std::string StripFadeTag(const std::string &text);
+
+// A pattern compiled with a locale whose character cache is filled. libstdc++'s
+// ctype<char>::narrow fills a cache entry the first time it meets a character, and the pattern
+// compiler calls it, so two threads compiling at once would both write that cache. Every
+// pattern that a worker, pool or preview thread may compile goes through here.
+std::regex CompilePattern(const char *pattern);
 
 } // namespace core

@@ -6,7 +6,6 @@
 #include <climits>
 #include <cmath>
 #include <cstring>
-#include <locale>
 
 #include "core/helpers.h"
 
@@ -16,28 +15,9 @@ namespace {
 constexpr size_t kBufferLimit = 8192;
 constexpr size_t kBufferKeep = 4096;
 
-// libstdc++'s ctype<char>::narrow fills a cache entry the first time it meets a character, and
-// the pattern compiler calls it: two threads compiling at once would both write the cache.
-// Filling it once, before the first pattern of the program is compiled, leaves only reads.
-const std::locale &FilledLocale()
-{
-    static const std::locale locale = [] {
-        std::locale current;
-        const auto &ctype = std::use_facet<std::ctype<char>>(current);
-        for (int c = 0; c < 256; ++c) {
-            ctype.narrow(static_cast<char>(c), '\0');
-        }
-        return current;
-    }();
-    return locale;
-}
-
 std::regex CompilePattern(bool bPlayback)
 {
-    std::regex pattern;
-    pattern.imbue(FilledLocale());
-    pattern.assign(bPlayback ? kPlaybackPattern : kProgressPattern, std::regex::ECMAScript);
-    return pattern;
+    return core::CompilePattern(bPlayback ? kPlaybackPattern : kProgressPattern);
 }
 
 } // namespace
