@@ -146,6 +146,14 @@ public:
                                int nBase,
                                const std::string &unused = {});
 
+    // ---- Input analysis ----
+
+    // Makes the working MP4 of source at target (stage "Change MP4" over viCurrent's frames),
+    // deinterlaced with bDeinterlace. Written under target's partial name and renamed when the
+    // tool succeeded, so a stopped, failed or killed run leaves nothing under target. State 4
+    // on success. Returns 0, -2 when stopped, or the tool's exit code. Worker thread only.
+    int ConvertToMp4(const std::string &source, const std::string &target, bool bDeinterlace);
+
     // ---- Stream facts ----
 
     // Probes path into info (reset first): 0; 1 when the tool failed or was stopped; -1 when
