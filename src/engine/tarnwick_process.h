@@ -154,6 +154,13 @@ public:
     // on success. Returns 0, -2 when stopped, or the tool's exit code. Worker thread only.
     int ConvertToMp4(const std::string &source, const std::string &target, bool bDeinterlace);
 
+    // The analysis of a newly opened input (job 1101): facts, the working MP4 when the input
+    // is not a progressive MP4, the time list, the default cross-fade, the current scene's
+    // check and a still. Runs on an analysis thread while the calling thread pumps the current
+    // tab's messages; returns the job result (0, -2 when stopped, else a failure). nScene is
+    // carried along and read by no step. Not while another job runs.
+    int AnalyzeInputFile(bool bProjectLoad, int nScene);
+
     // ---- Stream facts ----
 
     // Probes path into info (reset first): 0; 1 when the tool failed or was stopped; -1 when
@@ -382,6 +389,11 @@ private:
     // Waits while busy is set, handling the current tab's messages meanwhile: the thread that
     // clears it may be blocked in a send to this thread.
     void WaitPumping(const std::atomic<bool> &busy);
+    // The steps of AnalyzeInputFile's analysis thread before its end state.
+    int RunInputAnalysis(bool bProjectLoad);
+    // Steps 3 to 6 shared by the analyses: decides, converts when needed, and returns the path
+    // that later work reads (the working MP4 or the input itself) in src.
+    int PrepareWorkingFile(std::string &src);
     // Deletes the partial segment files of the scene tab's project and the partial file of its
     // output, left behind when the program was killed during a cut or an encode. Skipped while
     // a background cut runs.

@@ -1,0 +1,124 @@
+// The analysis of a newly opened input (job 1101): facts, the working MP4 when needed, the time
+// list, the default cross-fade, the check of the current scene and a still.
+#include <filesystem>
+#include <system_error>
+#include <thread>
+
+#include "core/app_log.h"
+#include "core/helpers.h"
+#include "core/language.h"
+#include "engine/encoder_presets.h"
+#include "engine/input_analysis.h"
+#include "engine/tarnwick_process.h"
+
+namespace engine {
+namespace {
+
+bool FileExists(const std::string &path)
+{
+    std::error_code ec;
+    return !path.empty() && std::filesystem::exists(path, ec);
+}
+
+} // namespace
+
+int CTarnwickProcess::AnalyzeInputFile(bool bProjectLoad, int nScene)
+{
+    if (bThreadRunning) {
+        return kJobCannotStart;
+    }
+    core::Log("%s(%d) input_file(%s), bProjectLoad(%d), nScene(%d)\n",
+              "CTarnwickProcess::AnalyzeInputFile",
+              __LINE__,
+              pData->input_file.c_str(),
+              bProjectLoad ? 1 : 0,
+              nScene);
+    const int previousJob = nProcessID.exchange(kJobInputAnalysis);
+    SendStageBegin(core::kStageFileAnalysis, -1);
+    bThreadRunning = true;
+    int result = kJobCannotStart;
+    // The thread ends by clearing bThreadRunning; it is joined once the pump has seen that.
+    std::thread analysis([this, bProjectLoad, &result] {
+        int r = RunInputAnalysis(bProjectLoad);
+        if (r == kJobOk) {
+            SendJobState(core::kStateDone);
+        } else if (r == kJobStopped) {
+            SendJobState(core::kStateStopped);
+        } else {
+            SendJobState(core::kStateFailed);
+        }
+        result = r;
+        bThreadRunning = false;
+    });
+    WaitPumping(bThreadRunning);
+    analysis.join();
+    nProcessID = previousJob;
+    return result;
+}
+
+int CTarnwickProcess::PrepareWorkingFile(std::string &src)
+{
+    const std::string input = pData->input_file;
+    const std::string fieldOrder = pData->viInput.field_order;
+    if (UsedAsItIs(input, fieldOrder)) {
+        pData->input_mp4_file.clear();
+    } else {
+        // An existing working file is trusted: it only ever gets its name when whole.
+        const std::string working = WorkingFilePath(*pData);
+        if (!FileExists(working)) {
+            int r = ConvertToMp4(input, working, NeedsDeinterlace(fieldOrder));
+            if (r != kJobOk) {
+                return r;
+            }
+        }
+        pData->input_mp4_file = working;
+    }
+    src = pData->input_mp4_file.empty() ? input : pData->input_mp4_file;
+    return kJobOk;
+}
+
+int CTarnwickProcess::RunInputAnalysis(bool bProjectLoad)
+{
+    int r = ReloadVideoInfo(pData->input_file, false);
+    if (r != kJobOk) {
+        return r;
+    }
+    core::SnapFrameRate(pData->viCurrent, true);
+    std::string src;
+    r = PrepareWorkingFile(src);
+    if (r != kJobOk) {
+        return r;
+    }
+    if (!pData->input_mp4_file.empty()) {
+        r = ReloadVideoInfo(pData->input_mp4_file, false);
+        if (r != kJobOk) {
+            return r;
+        }
+    }
+    r = EnsurePtsList(src);
+    if (r != kJobOk) {
+        return r;
+    }
+    pData->dTransitionSec = TransitionSeconds(pData->viCurrent.fps);
+    // The tab refreshes its controls from the project when the job's end state arrives.
+    CutCurrentScene();
+    std::string file = src;
+    const std::string output = pData->GetOutputPath();
+    if (bProjectLoad && FileExists(output)) {
+        file = output;
+    }
+    if (!IsPlaybackJobNumber(nProcessID)) {
+        bool shown = true;
+        if (file != strPreviewFile.get()) {
+            nPreviewFrame = 0;
+            strPreviewTime = "0";
+            shown = ReloadVideoInfo(file, false) == kJobOk;
+        }
+        if (shown) {
+            SetPreviewImage(file, strPreviewTime.get(), false, -1);
+        }
+    }
+    return kJobOk;
+}
+
+} // namespace engine
