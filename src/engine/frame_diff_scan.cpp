@@ -223,13 +223,7 @@ int CTarnwickProcess::ProcessDiffFrame(const std::string &path, int nThreshold)
     if (DiffListEmpty()) {
         LeaveDefaultScene(*this);
     }
-    if (result == kJobOk) {
-        SendJobState(core::kStateDone);
-    } else if (result == kJobStopped) {
-        SendJobState(core::kStateStopped);
-    } else {
-        SendJobState(core::kStateFailed, core::StrPrintf("ExitCode(%d)", result));
-    }
+    SendEndState(result);
     return result;
 }
 

@@ -89,13 +89,7 @@ int CTarnwickProcess::EnsurePtsList(const std::string &path)
     if (result == kJobOk) {
         result = WritePtsFile(data, lines);
     }
-    if (result == kJobOk) {
-        SendJobState(core::kStateDone);
-    } else if (result == kJobStopped) {
-        SendJobState(core::kStateStopped);
-    } else {
-        SendJobState(core::kStateFailed, core::StrPrintf("ExitCode(%d)", result));
-    }
+    SendEndState(result);
     return result;
 }
 

@@ -213,6 +213,17 @@ void CTarnwickProcess::SendStageBegin(int nStage, int nTotal)
     SendToTab(AppMessage::WM_APP_STAGE_BEGIN, 0, nTotal, core::StageName(nStage));
 }
 
+void CTarnwickProcess::SendEndState(int result)
+{
+    if (result == kJobOk) {
+        SendJobState(core::kStateDone);
+    } else if (result == kJobStopped) {
+        SendJobState(core::kStateStopped);
+    } else {
+        SendJobState(core::kStateFailed, core::StrPrintf("ExitCode(%d)", result));
+    }
+}
+
 std::string CTarnwickProcess::SourcePath() const
 {
     return pData->input_mp4_file.empty() ? pData->input_file : pData->input_mp4_file;

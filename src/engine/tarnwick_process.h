@@ -348,6 +348,9 @@ public:
     void SendJobState(int nState, std::optional<std::string> text = std::nullopt);
     // WM_APP_STAGE_BEGIN with the stage name of nStage in the current language and a total.
     void SendStageBegin(int nStage, int nTotal);
+    // The end state of a job step by its result: 4 "Done" for 0, 5 "Stopped" for -2, otherwise
+    // 3 "Failed" with "ExitCode(%d)".
+    void SendEndState(int result);
     // input_mp4_file if not empty, else input_file.
     std::string SourcePath() const;
     // output_folder + output_name.
