@@ -77,6 +77,21 @@ int CTarnwickProcess::PrepareWorkingFile(std::string &src)
     return kJobOk;
 }
 
+void CTarnwickProcess::PreviewAnalysedFile(const std::string &file)
+{
+    if (IsPlaybackJobNumber(nProcessID)) {
+        return;
+    }
+    if (file != strPreviewFile.get()) {
+        nPreviewFrame = 0;
+        strPreviewTime = "0";
+        if (ReloadVideoInfo(file, false) != kJobOk) {
+            return; // no still, and not the analysis' result either
+        }
+    }
+    SetPreviewImage(file, strPreviewTime.get(), false, -1);
+}
+
 int CTarnwickProcess::RunInputAnalysis(bool bProjectLoad)
 {
     int r = ReloadVideoInfo(pData->input_file, false);
@@ -107,17 +122,7 @@ int CTarnwickProcess::RunInputAnalysis(bool bProjectLoad)
     if (bProjectLoad && FileExists(output)) {
         file = output;
     }
-    if (!IsPlaybackJobNumber(nProcessID)) {
-        bool shown = true;
-        if (file != strPreviewFile.get()) {
-            nPreviewFrame = 0;
-            strPreviewTime = "0";
-            shown = ReloadVideoInfo(file, false) == kJobOk;
-        }
-        if (shown) {
-            SetPreviewImage(file, strPreviewTime.get(), false, -1);
-        }
-    }
+    PreviewAnalysedFile(file);
     return kJobOk;
 }
 

@@ -38,6 +38,7 @@ void CTarnwickProcess::InstallJobTable()
     SetJobFunction(kJobSceneExtract, 0, [this](int) {
         return ProcessDiffFrame(SourcePath(), ThresholdArgument());
     });
+    SetJobFunction(kJobSceneExtract, 1, [this](int) { return ProcessAnalysis(); });
     SetJobFunction(kJobFinalOutput, 0, [this](int) {
         return ProcessTrim(SourcePath(), pData->GetOutputPath());
     });

@@ -161,6 +161,15 @@ public:
     // carried along and read by no step. Not while another job runs.
     int AnalyzeInputFile(bool bProjectLoad, int nScene);
 
+    // The merge tab (job 1053 there): analyses every row not analysed yet, in list order, as
+    // AnalyzeMergeSource does; stage "Video Analysis" over those rows. A failing row ends the
+    // loop. Nothing is sent when every row is analysed already. Worker thread only.
+    int ProcessAnalysis();
+    // One merge row from input_file: facts, the working MP4 when needed, the row's work file,
+    // its facts and the facts its segment will have at the chosen rate and size (a segment
+    // already there with that rate and size counts with its real frames). Worker thread only.
+    int AnalyzeMergeSource(int nRow);
+
     // ---- Stream facts ----
 
     // Probes path into info (reset first): 0; 1 when the tool failed or was stopped; -1 when
@@ -386,6 +395,10 @@ public:
     std::atomic<bool> running{false};       // the queue thread runs
     std::atomic<bool> quit{false};          // the queue thread is to end
     std::thread queueThread;
+    // The merge tab's chosen frame rate and picture size, as indices into core::kMergeRates
+    // and core::kMergeSizes; set by the tab before a job starts.
+    std::atomic<int> nRateIndex{4};
+    std::atomic<int> nSizeIndex{4};
     std::atomic<int> bMergeMode{0}; // 0 scene tab, 1 merge tab: chooses the job variants
 
 private:
@@ -397,6 +410,9 @@ private:
     // Steps 3 to 6 shared by the analyses: decides, converts when needed, and returns the path
     // that later work reads (the working MP4 or the input itself) in src.
     int PrepareWorkingFile(std::string &src);
+    // The still at the end of an analysis: file opened when it is not on show yet, then a
+    // still at strPreviewTime. Nothing during playback.
+    void PreviewAnalysedFile(const std::string &file);
     // Deletes the partial segment files of the scene tab's project and the partial file of its
     // output, left behind when the program was killed during a cut or an encode. Skipped while
     // a background cut runs.
