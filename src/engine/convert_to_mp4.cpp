@@ -32,17 +32,9 @@ int CTarnwickProcess::ConvertToMp4(const std::string &source,
             "CTarnwickProcess::ConvertToMp4", __LINE__, command, {source, partial})) {
         return kJobCannotStart;
     }
-    int result = ExecuteCmdWithProgress(false, command, current.frame_num, 0);
-    std::error_code ec;
-    if (result == kJobOk) {
-        std::filesystem::rename(partial, target, ec);
-        if (ec) {
-            SendJobState(core::kStateFailed, target + ": " + ec.message());
-            result = kJobCannotStart;
-        }
-    }
+    int result = SettlePartialFile(
+        ExecuteCmdWithProgress(false, command, current.frame_num, 0), partial, target);
     if (result != kJobOk) {
-        std::filesystem::remove(partial, ec);
         return result;
     }
     SendJobState(core::kStateDone);

@@ -213,6 +213,24 @@ void CTarnwickProcess::SendStageBegin(int nStage, int nTotal)
     SendToTab(AppMessage::WM_APP_STAGE_BEGIN, 0, nTotal, core::StageName(nStage));
 }
 
+int CTarnwickProcess::SettlePartialFile(int result,
+                                        const std::string &partial,
+                                        const std::string &target)
+{
+    std::error_code ec;
+    if (result == kJobOk) {
+        std::filesystem::rename(partial, target, ec);
+        if (ec) {
+            SendJobState(core::kStateFailed, target + ": " + ec.message());
+            result = kJobCannotStart;
+        }
+    }
+    if (result != kJobOk) {
+        std::filesystem::remove(partial, ec);
+    }
+    return result;
+}
+
 void CTarnwickProcess::SendEndState(int result)
 {
     if (result == kJobOk) {

@@ -360,6 +360,10 @@ public:
     // The end state of a job step by its result: 4 "Done" for 0, 5 "Stopped" for -2, otherwise
     // 3 "Failed" with "ExitCode(%d)".
     void SendEndState(int result);
+    // The end of a tool that wrote target under its partial name: with result 0 the partial
+    // file takes target's name (a failing rename sends state 3 naming target and gives -1);
+    // otherwise, or then, the partial file is deleted. Returns the result.
+    int SettlePartialFile(int result, const std::string &partial, const std::string &target);
     // input_mp4_file if not empty, else input_file.
     std::string SourcePath() const;
     // output_folder + output_name.

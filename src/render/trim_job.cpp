@@ -276,16 +276,8 @@ int CTarnwickProcess::EncodeFinal(const render::TrimNames &names,
         result = ExecuteCmdWithProgress(false, command, nFinal, 0);
     }
     core::DeleteByPattern(names.MergeMask());
-    std::error_code ec;
-    if (result == kJobOk) {
-        std::filesystem::rename(partial, output, ec);
-        if (ec) {
-            SendJobState(core::kStateFailed, output + ": " + ec.message());
-            result = kJobCannotStart;
-        }
-    }
+    result = SettlePartialFile(result, partial, output);
     if (result != kJobOk) {
-        DeleteQuietly(partial);
         DeleteQuietly(output);
         return result;
     }
