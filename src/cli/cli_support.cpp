@@ -4,10 +4,14 @@
 
 #include <filesystem>
 #include <sstream>
+#include <vector>
+
+#include <stdlib.h>
 
 #include <unistd.h>
 
 #include "cli/signal_stop.h"
+#include "core/helpers.h"
 #include "core/path_check.h"
 
 namespace cli {
@@ -93,6 +97,20 @@ std::string FfprobeErrorLines(const std::string &text,
         reason += (reason.empty() ? "" : "; ") + line;
     }
     return reason;
+}
+
+std::string MakeTemporaryFolder(const char *prefix)
+{
+    std::error_code ec;
+    std::filesystem::path base = std::filesystem::temp_directory_path(ec);
+    std::string name =
+        core::SetTrailingSeparator(ec ? "/tmp" : base.string(), true) + prefix + "-XXXXXX";
+    std::vector<char> buffer(name.begin(), name.end());
+    buffer.push_back('\0');
+    if (mkdtemp(buffer.data()) == nullptr) {
+        return "";
+    }
+    return core::SetTrailingSeparator(buffer.data(), true);
 }
 
 bool RunJobUntilSignal(engine::CTarnwickProcess &engine, engine::HeadlessHost &host, int nJob)

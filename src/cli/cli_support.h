@@ -34,6 +34,10 @@ CheckInputFile(const std::string &file, const char *folderProblem, const char *u
 std::string FfprobeErrorLines(const std::string &text,
                               const std::function<void(std::string &line)> &tidy = {});
 
+// A fresh folder of this run under the system's temporary folder, named prefix and six
+// random characters, ending in "/"; empty when none can be made.
+std::string MakeTemporaryFolder(const char *prefix);
+
 // Starts job nJob on engine and pumps host's messages until the job ends or Ctrl-C or a
 // termination request asks for a stop, which stops the job (CancelProcess). Returns false when
 // stopped. Runs on the thread that owns host's loop.

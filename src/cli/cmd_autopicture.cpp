@@ -34,22 +34,6 @@ struct PictureOutcome
     std::string reasons;  // ffprobe's error lines when the probe failed
 };
 
-// A fresh folder of this run under the system's temporary folder, ending in "/", for the grab
-// files; empty when none can be made.
-std::string MakeGrabFolder()
-{
-    std::error_code ec;
-    std::filesystem::path base = std::filesystem::temp_directory_path(ec);
-    std::string name = core::SetTrailingSeparator(ec ? "/tmp" : base.string(), true) +
-                       "tarnwickmp4-picture-XXXXXX";
-    std::vector<char> buffer(name.begin(), name.end());
-    buffer.push_back('\0');
-    if (mkdtemp(buffer.data()) == nullptr) {
-        return "";
-    }
-    return core::SetTrailingSeparator(buffer.data(), true);
-}
-
 // Probes video and analyses it with its grabs in folder, as one job of a headless scene tab
 // that Ctrl-C can stop. The four values stand in data afterwards.
 PictureOutcome
@@ -139,7 +123,7 @@ int RunAutoPicture(const std::vector<std::string> &args, CliOutput &io)
         io.err << "tarnwickmp4-cli autopicture: " << video << ": " << problem << "\n";
         return kExitBadInput;
     }
-    std::string folder = MakeGrabFolder();
+    std::string folder = MakeTemporaryFolder("tarnwickmp4-picture");
     if (folder.empty()) {
         io.err << "tarnwickmp4-cli autopicture: no temporary folder for the frames\n";
         return kExitFailed;

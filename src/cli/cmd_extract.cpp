@@ -72,6 +72,11 @@ int RunExtract(const std::vector<std::string> &args, CliOutput &io)
         return kExitFailed;
     }
     core::DeleteByPattern(core::SegmentPattern(data)); // the segments of an earlier extraction
+    AnalysisOutcome analysis = session.Analyze(false);
+    status = ReportAnalysisFailure("extract", parsed.video, analysis, session, io.err);
+    if (status >= 0) {
+        return status;
+    }
     JobOutcome outcome = session.RunSceneExtract(true);
     ReportScanExtent("extract", parsed.video, outcome, io.err);
     status = ReportFailure("extract", parsed.video, outcome, session, io.err);
@@ -83,10 +88,7 @@ int RunExtract(const std::vector<std::string> &args, CliOutput &io)
     PrintTable(data, true, io.out);
     PrintDefaultNote(outcome, data, io.out);
     if (status < 0 && !outcome.defaultScene &&
-        !AllSegmentsWritten(data,
-                            session.Engine().cutResults,
-                            outcome.framesScanned < outcome.framesAnnounced,
-                            io.err)) {
+        !AllSegmentsWritten(data, session.Engine().cutResults, LooksTruncated(outcome), io.err)) {
         status = kExitFailed;
     }
     std::string error;

@@ -64,7 +64,9 @@ int TickedScenes(const core::CTarnwickData &data)
 // Why a loaded project cannot be rendered, as a message line; empty when it can.
 std::string RenderProblem(const core::CTarnwickData &data, const std::string &project)
 {
-    const std::string source = data.input_mp4_file.empty() ? data.input_file : data.input_mp4_file;
+    // The given video: the analysis opens it again, and makes the working MP4 anew if that is
+    // gone.
+    const std::string &source = data.input_file;
     if (source.empty()) {
         return project + ": the project names no video";
     }
@@ -189,8 +191,16 @@ int RunRender(const std::vector<std::string> &args, CliOutput &io)
     if (!guard.Take(data, "render " + parsed.project, io.err)) {
         return kExitFailed;
     }
+    ProgressLine progress(io.err, isatty(STDERR_FILENO) != 0);
+    AnalysisOutcome analysis = session.Analyze(
+        true, [&progress](const engine::JobMessage &msg) { progress.OnMessage(msg); });
+    progress.Finish();
+    int status = ReportAnalysisFailure("render", data.input_file, analysis, session, io.err);
+    if (status >= 0) {
+        return status;
+    }
     JobOutcome outcome;
-    int status = RunWithProgress(
+    status = RunWithProgress(
         "render", parsed.project, session, engine::kJobFinalOutput, outcome, io.err);
     // Recut scenes have new records: the project keeps them, as the tab saves after a job.
     if (!data.SaveProjectFile(data.project_file, &error)) {
@@ -225,6 +235,11 @@ int RunRun(const std::vector<std::string> &args, CliOutput &io)
         return kExitFailed;
     }
     core::DeleteByPattern(core::SegmentPattern(data)); // the segments of an earlier extraction
+    AnalysisOutcome analysis = session.Analyze(false);
+    status = ReportAnalysisFailure("run", parsed.video, analysis, session, io.err);
+    if (status >= 0) {
+        return status;
+    }
     if (parsed.autoPicture) {
         status = MeasurePicture(session, parsed.video, io.err);
         if (status >= 0) {

@@ -1,19 +1,28 @@
 // tarnwickmp4-cli scan: the scenes that scene extraction (job 1053) finds in a video on a
-// headless scene tab, printed as a table or as JSON; nothing is written.
+// headless scene tab, printed as a table or as JSON. The video is opened as extract opens it
+// (a working MP4 when it needs one, its frame times), but into a temporary folder that goes
+// again, so nothing is written beside the video and both commands list the same scenes.
+#include "cli/cli_support.h"
 #include "cli/commands.h"
 #include "cli/scan_session.h"
+#include "core/file_io.h"
+#include "core/helpers.h"
+#include "core/project_names.h"
 
 namespace cli {
+namespace {
 
-int RunScan(const std::vector<std::string> &args, CliOutput &io)
+int ScanInFolder(const ScanArgs &parsed, const std::string &folder, CliOutput &io)
 {
-    ScanArgs parsed;
-    int status = ParseAndCheck(args, ScanKind::Scan, parsed, io);
+    ScanSession session;
+    PrepareProject(session.data, parsed);
+    session.data.output_folder = folder;
+    core::DeriveProjectNames(session.data, session.data.input_file); // the times go there too
+    AnalysisOutcome analysis = session.Analyze(false);
+    int status = ReportAnalysisFailure("scan", parsed.video, analysis, session, io.err);
     if (status >= 0) {
         return status;
     }
-    ScanSession session;
-    PrepareProject(session.data, parsed);
     JobOutcome outcome = session.RunSceneExtract(false);
     ReportScanExtent("scan", parsed.video, outcome, io.err);
     status = ReportFailure("scan", parsed.video, outcome, session, io.err);
@@ -28,6 +37,26 @@ int RunScan(const std::vector<std::string> &args, CliOutput &io)
     PrintTable(session.data, false, io.out);
     PrintDefaultNote(outcome, session.data, io.out);
     return kExitOk;
+}
+
+} // namespace
+
+int RunScan(const std::vector<std::string> &args, CliOutput &io)
+{
+    ScanArgs parsed;
+    int status = ParseAndCheck(args, ScanKind::Scan, parsed, io);
+    if (status >= 0) {
+        return status;
+    }
+    const std::string folder = MakeTemporaryFolder("tarnwickmp4-scan");
+    if (folder.empty()) {
+        io.err << "tarnwickmp4-cli scan: no temporary folder for the working files\n";
+        return kExitFailed;
+    }
+    // The session has ended, and with it every thread that writes into the folder.
+    status = ScanInFolder(parsed, folder, io);
+    core::DeleteTree(core::SetTrailingSeparator(folder, false));
+    return status;
 }
 
 } // namespace cli

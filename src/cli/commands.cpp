@@ -53,6 +53,17 @@ const CommandEntry kCommands[] = {
      "  --cut-min S           still pause that ends a scene, in seconds\n"
      "  --output-folder DIR   where the segments go (default VIDEO_out/)\n",
      "tarnwickmp4-cli extract garden.mp4 --output-folder scenes"},
+    {"analyze",
+     RunAnalyze,
+     "analyze VIDEO [--output-folder DIR] [--preset 0|1|2] [--json]",
+     "Opens VIDEO as a new project does: says whether it is used as it is or which working\n"
+     "MP4 was made (interlaced and non-MP4 recordings are converted, deinterlaced when not\n"
+     "known to be progressive), where its frame times are and how they were found, the\n"
+     "default cross-fade and the working input's stream facts.\n"
+     "  --output-folder DIR   where the working MP4 and the frame times go (default VIDEO_out/)\n"
+     "  --preset N            encoder preset of the working MP4: 0 best picture, 1, 2 smallest\n"
+     "  --json                one JSON document instead of the lines\n",
+     "tarnwickmp4-cli analyze camera.mts --json"},
     {"render",
      RunRender,
      "render PROJECT [--output-folder DIR] [--output-name NAME]",
@@ -75,6 +86,21 @@ const CommandEntry kCommands[] = {
      "  --title TEXT          a title over the film's first seconds\n"
      "  --auto-picture        brightness, contrast, saturation and gamma measured first\n",
      "tarnwickmp4-cli run garden.mp4 --transition --title \"Garden, May\""},
+    {"merge",
+     RunMerge,
+     "merge --size WxH --rate N/D [--transition] [--output-folder DIR] -o NAME FILE...",
+     "Joins FILEs, in the order given, into one film of one picture size and frame rate:\n"
+     "each file is analysed and converted to a segment of that size and rate (fitted without\n"
+     "distortion on black, with a silent track when it has no sound), and the segments are\n"
+     "joined. Segments already converted are reused.\n"
+     "  --size WxH            4096x2160, 3840x2160, 2560x1440, 1920x1080, 1280x720, 854x480,\n"
+     "                        720x576, 720x480 or 352x288\n"
+     "  --rate N/D            120, 120000/1001, 60, 60000/1001, 30, 30000/1001, 24,\n"
+     "                        24000/1001, 15 or 10\n"
+     "  --transition          cross-fades of about half a second between the files\n"
+     "  --output-folder DIR   segments and film (default NAME_out/ beside the first file)\n"
+     "  -o NAME               file name of the film\n",
+     "tarnwickmp4-cli merge --size 1280x720 --rate 30 -o trip.mp4 day1.mp4 day2.mov"},
     {"autopicture",
      RunAutoPicture,
      "autopicture VIDEO",

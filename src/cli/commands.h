@@ -78,6 +78,18 @@ int RunStill(const std::vector<std::string> &args, CliOutput &io);
 // player fails, 2 for bad arguments or a VIDEO that cannot be read.
 int RunPlay(const std::vector<std::string> &args, CliOutput &io);
 
+// analyze VIDEO [--output-folder DIR] [--preset 0|1|2] [--json]: the analysis of a newly opened
+// video: used as it is or converted into a working MP4 (in VIDEO + "_out/" or DIR), its frame
+// times in "_pts.csv", the default cross-fade and the working input's facts. Exit 2 for bad
+// arguments or a VIDEO that is not a video, 1 when a tool fails, 130 on Ctrl-C.
+int RunAnalyze(const std::vector<std::string> &args, CliOutput &io);
+// merge --size WxH --rate N/D [--transition] [--output-folder DIR] -o NAME FILE...: the merge
+// workspace's jobs on FILEs in the order given: analysis, conversion of each to the size and
+// rate, and the joined film NAME in DIR (default: the first file's folder). Progress on
+// standard error; prints the film's path. Exit 2 for bad arguments or a FILE that cannot be
+// read (named before anything runs), 1 when a tool fails, 130 on Ctrl-C.
+int RunMerge(const std::vector<std::string> &args, CliOutput &io);
+
 // Parses argv and runs the named command; prints usage for unknown ones.
 int RunCommandLine(int argc, char **argv);
 

@@ -22,7 +22,9 @@ bool JobGuard::Take(const core::CTarnwickData &data, const std::string &owner, s
         return false;
     }
     std::string problem;
-    if (!m_projectLock.TryAcquire(core::ProjectLockPath(data.project_file), owner, &problem)) {
+    // The merge workspace keeps no project file: its output folder's lock covers it.
+    if (!data.project_file.empty() &&
+        !m_projectLock.TryAcquire(core::ProjectLockPath(data.project_file), owner, &problem)) {
         err << m_head << "the project " << data.project_file << " " << problem << "\n";
         return false;
     }

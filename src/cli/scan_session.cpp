@@ -27,6 +27,8 @@ constexpr const char *kScanUsage =
 constexpr const char *kExtractUsage =
     "Usage: tarnwickmp4-cli extract VIDEO [--threshold N] [--valid-min S] [--cut-min S] "
     "[--output-folder DIR]\n";
+constexpr const char *kAnalyzeUsage =
+    "Usage: tarnwickmp4-cli analyze VIDEO [--output-folder DIR] [--preset 0|1|2] [--json]\n";
 constexpr const char *kRunUsage =
     "Usage: tarnwickmp4-cli run VIDEO [--threshold N] [--valid-min S] [--cut-min S] "
     "[--transition] [--output-folder DIR] [--output-name NAME] [--title TEXT] [--auto-picture]\n";
@@ -51,12 +53,17 @@ ParseScanArgs(const std::vector<std::string> &args, ScanKind kind, ScanArgs &par
     usage = false;
     const bool writes = kind != ScanKind::Scan;
     const bool run = kind == ScanKind::Run;
+    const bool analyze = kind == ScanKind::Analyze;
     for (size_t i = 0; i < args.size(); ++i) {
         const std::string &arg = args[i];
-        std::optional<double> *number = arg == "--threshold"   ? &parsed.threshold
+        std::optional<double> *number = analyze                ? nullptr
+                                        : arg == "--threshold" ? &parsed.threshold
                                         : arg == "--valid-min" ? &parsed.validMin
                                         : arg == "--cut-min"   ? &parsed.cutMin
                                                                : nullptr;
+        if (analyze && arg == "--preset") {
+            number = &parsed.preset;
+        }
         std::string *text = writes && arg == "--output-folder" ? &parsed.outputFolder
                             : run && arg == "--output-name"    ? &parsed.outputName
                             : run && arg == "--title"          ? &parsed.title
@@ -75,7 +82,7 @@ ParseScanArgs(const std::vector<std::string> &args, ScanKind kind, ScanArgs &par
             } else {
                 return arg + ": \"" + value + "\" is not a number";
             }
-        } else if (kind == ScanKind::Scan && arg == "--json") {
+        } else if ((kind == ScanKind::Scan || analyze) && arg == "--json") {
             parsed.json = true;
         } else if (run && arg == "--transition") {
             parsed.transition = true;
@@ -132,7 +139,16 @@ double FrameSeconds(int frame, double fps)
 
 const char *CommandName(ScanKind kind)
 {
-    return kind == ScanKind::Scan ? "scan" : kind == ScanKind::Extract ? "extract" : "run";
+    switch (kind) {
+    case ScanKind::Scan:
+        return "scan";
+    case ScanKind::Extract:
+        return "extract";
+    case ScanKind::Run:
+        return "run";
+    default:
+        return "analyze";
+    }
 }
 
 ScanSession::ScanSession()
@@ -176,6 +192,9 @@ JobOutcome ScanSession::RunJob(int nJob,
     outcome.defaultScene = tab.DefaultSceneCalls() > 0;
     outcome.framesScanned = m_engine.nScanFrames;
     outcome.framesAnnounced = data.viInput.frame_num;
+    outcome.framesSource =
+        data.viSource.frame_num > 0 ? data.viSource.frame_num : data.viInput.frame_num;
+    outcome.converted = !data.input_mp4_file.empty();
     tab.SetOnMessage({});
     return outcome;
 }
@@ -194,6 +213,9 @@ void PrepareProject(core::CTarnwickData &data, const ScanArgs &args)
     data.output_name = args.outputName;
     data.capTitle.caption = args.title;
     data.transition = args.transition ? 1 : 0;
+    if (args.preset) {
+        data.nEncodePreset = static_cast<int>(*args.preset);
+    }
     // What is still empty gets its name from the video.
     core::DeriveProjectNames(data, std::filesystem::absolute(args.video, ec).string());
 }
@@ -255,10 +277,21 @@ void ReportScanExtent(const char *command,
             << outcome.framesAnnounced << " frames (" << percent << "%)\n";
         return;
     }
-    if (outcome.result == engine::kJobOk && outcome.framesScanned < outcome.framesAnnounced) {
-        err << head << "only " << outcome.framesScanned << " of " << outcome.framesAnnounced
+    if (LooksTruncated(outcome)) {
+        err << head << "only " << outcome.framesScanned << " of " << outcome.framesSource
             << " frames could be read; the file looks truncated\n";
     }
+}
+
+int ConversionTolerance(const JobOutcome &outcome)
+{
+    return outcome.converted ? std::max(2, outcome.framesSource / 100) : 0;
+}
+
+bool LooksTruncated(const JobOutcome &outcome)
+{
+    return !outcome.stopped && outcome.result == engine::kJobOk &&
+           outcome.framesScanned < outcome.framesSource - ConversionTolerance(outcome);
 }
 
 void PrintJson(const std::string &video, const core::CTarnwickData &data, std::ostream &out)
@@ -336,8 +369,13 @@ int ParseAndCheck(const std::vector<std::string> &args,
     if (usage) {
         io.err << (kind == ScanKind::Scan      ? kScanUsage
                    : kind == ScanKind::Extract ? kExtractUsage
-                                               : kRunUsage);
+                   : kind == ScanKind::Run     ? kRunUsage
+                                               : kAnalyzeUsage);
         return kExitBadInput;
+    }
+    if (error.empty() && parsed.preset &&
+        (*parsed.preset != 0 && *parsed.preset != 1 && *parsed.preset != 2)) {
+        error = "--preset: 0 (best picture), 1 or 2 (smallest file) is wanted";
     }
     if (!error.empty()) {
         io.err << "tarnwickmp4-cli " << command << ": " << error << "\n";

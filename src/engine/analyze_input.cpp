@@ -33,6 +33,7 @@ int CTarnwickProcess::AnalyzeInputFile(bool bProjectLoad, int nScene)
               pData->input_file.c_str(),
               bProjectLoad ? 1 : 0,
               nScene);
+    bCancel = 0; // a stop of an earlier job does not reach this one
     const int previousJob = nProcessID.exchange(kJobInputAnalysis);
     SendStageBegin(core::kStageFileAnalysis, -1);
     bThreadRunning = true;

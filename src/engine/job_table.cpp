@@ -23,9 +23,7 @@ int ModeIndex(int nMergeMode)
 
 } // namespace
 
-// The rows that the engine itself provides. The job functions of the scan (1053), the segment
-// output and the conversions (1052) and the final output (1006) install their rows here as they
-// are added; until then those jobs end with -1 and say so.
+// The rows that the engine itself provides: every job of both tabs.
 void CTarnwickProcess::InstallJobTable()
 {
     // Playback is the same on both tabs; any number without a job of its own plays too.
@@ -42,6 +40,8 @@ void CTarnwickProcess::InstallJobTable()
     SetJobFunction(kJobFinalOutput, 0, [this](int) {
         return ProcessTrim(SourcePath(), pData->GetOutputPath());
     });
+    SetJobFunction(kJobFinalOutput, 1, [this](int) { return ProcessConv(pData->GetOutputPath()); });
+    SetJobFunction(kJobSegmentOutput, 1, [this](int) { return ConvertAllInputs(); });
     SetJobFunction(kJobExtractAndOutput, 0, [this](int nJob) { return ProcessDiffTrim(nJob); });
     SetJobFunction(kJobExtractAndOutput, 1, [this](int nJob) { return ProcessConvMerge(nJob); });
     // Segment output: a source that cannot be opened ends the job with 0; only the cutting's

@@ -71,20 +71,24 @@ int CTarnwickProcess::EnsurePtsList(const std::string &path)
     core::CTarnwickData &data = *pData;
     size_t wanted = static_cast<size_t>(static_cast<long long>(data.viInput.frame_num) + 1);
     if (PtsFileExists(data.pts_file) && data.pts_list.size() == wanted) {
+        ptsSource = PtsSource::Kept;
         return kJobOk;
     }
+    ptsSource = PtsSource::None;
     SendStageBegin(core::kStageFrameRateAnalysis, data.viInput.frame_num);
     data.pts_list.clear();
     std::vector<std::string> lines;
     int result = kJobCannotStart;
     if (!CheckPtsDeltaFromFirstFrames(path)) {
         result = GetPtsListFromFfprobe(path, lines, data.pts_list, true);
+        ptsSource = PtsSource::Read;
     }
     if (result == kJobCannotStart) {
         // A constant rate, or ffprobe could not start: the times follow from the rate.
         lines.clear();
         data.pts_list.clear();
         result = ComputeEvenPtsList(*this, lines);
+        ptsSource = PtsSource::Computed;
     }
     if (result == kJobOk) {
         result = WritePtsFile(data, lines);

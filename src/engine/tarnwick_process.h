@@ -34,6 +34,14 @@ namespace engine {
 struct StatusMatch;
 struct TrimPrecheck;
 
+// How a merge graph joins its inputs: the cross-fade (0 for end to end) and the rate every
+// input is brought to.
+struct GraphForm
+{
+    double fade = 0.0;
+    std::string rate;
+};
+
 // Results of every job and job step. Any other value is the exit code of the failing tool.
 inline constexpr int kJobOk = 0;
 inline constexpr int kJobCannotStart = -1; // could not start, runner refused, nothing to do
@@ -204,6 +212,14 @@ public:
     // 5 for a stop, or 3 with "ExitCode(%d)". Returns 0, -2 when stopped (file not written),
     // or the tool's code or -1 (file not written). Analysis or worker thread.
     int EnsurePtsList(const std::string &path);
+    // Where the last EnsurePtsList took its times from.
+    enum class PtsSource {
+        None,     // it failed before it had any
+        Kept,     // the list and its file were there already
+        Computed, // a constant rate: multiples of 1 / fps
+        Read,     // every frame's time, read by ffprobe
+    };
+    std::atomic<PtsSource> ptsSource{PtsSource::None};
     // True when the first hundred or so frame times of path are evenly spaced at 1 /
     // viInput.fps; ffprobe is ended after those. False when the tool fails, is stopped or gives
     // fewer than 3 times. Logs mean, standard deviation and range of the spacing.
@@ -299,6 +315,26 @@ public:
     // segments stay as the cache of the next render; the merge files go. 0, or the first
     // failure's result (-2 for a stop), with output deleted. Worker thread only.
     int ProcessTrim(const std::string &input, const std::string &output);
+
+    // ---- Conversion and merge (the merge tab) ----
+
+    // Brings row nRow's work file to its segment (fileName) at the chosen rate and size, with a
+    // silent stereo track when the source has no sound. A segment that already has the row's
+    // planned frames, rate and size is kept. With bReport: the row is announced, progress goes
+    // over nTotal from nBase, and the segment is shown; without, the tool runs quietly (pool
+    // threads). On failure the segment is deleted. 0, -2 or the tool's code; on success the
+    // probe's result of the new segment, whose facts become the row's viOut.
+    int ConvertInput(int nRow, int nTotal, int nBase, bool bReport);
+    // Job 1052 on the merge tab: analysis of the rows not analysed yet, then every ticked row
+    // converted in list order ("Segment Output"). The first failure ends the loop. Worker
+    // thread only.
+    int ConvertAllInputs();
+    // Job 1006 on the merge tab: the analysis, the segments checked and converted again where
+    // stale (side by side), joined by one merge graph or graphs in levels (cross-faded with the
+    // transition when at least two rows are ticked), and the final encode at the chosen rate
+    // with picture chain and captions. A single row is encoded from its segment directly.
+    // Worker thread only.
+    int ProcessConv(const std::string &output);
     // ---- Automatic picture values ----
 
     // Proposes brightness, contrast, saturation and gamma for path and stores them in pData
@@ -434,6 +470,13 @@ private:
     int ProcessDiffTrim(int nJob);
     // Job 1057 on the merge tab: the conversions (1052), then the final output (1006).
     int ProcessConvMerge(int nJob);
+    // The precheck of ProcessConv: every ticked row's segment counted, and converted again in
+    // a pool when its frame count is not the planned one. A segment already seen in this run
+    // counts as good at once.
+    int PrecheckConversions(int nScenes, double fps, TrimPrecheck &checked);
+    // The results of a precheck's pool tasks in order: at the first failure state 5 (-2) or
+    // state 3 with "ExitCode(%d)", a log line naming function, and that result; else 0.
+    int SettlePoolResults(const char *function, const std::vector<int> &results);
     bool DiffListEmpty() const;
     // One report of ExecuteCmdWithProgress: progress, or the playback position and its message.
     void ReportStatus(bool bPlayback, const StatusMatch &match, int nTotal, int nBase, double fps);
@@ -454,8 +497,10 @@ private:
     int MergeByGraphs(const render::TrimNames &names,
                       const render::EncodeArgs &args,
                       const std::vector<render::MergeStep> &inputs,
+                      const GraphForm &form,
                       std::string &merged);
     int EncodeFinal(const render::TrimNames &names,
+                    const render::EncodeArgs &args,
                     const std::string &merged,
                     int nFinal,
                     const std::string &output);

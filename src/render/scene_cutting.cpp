@@ -13,6 +13,7 @@
 #include "core/project_names.h"
 #include "engine/encoder_presets.h"
 #include "render/cut_command.h"
+#include "render/job_internals.h"
 
 namespace engine {
 namespace {
@@ -27,16 +28,6 @@ int FrameCountOf(const core::SceneEntry &scene)
 bool IsFresh(int probedFrames, const core::SceneEntry &scene)
 {
     return probedFrames >= 1 && probedFrames == FrameCountOf(scene);
-}
-
-// A copy of scene nScene, taken under the scene lock; none when the index is out of range.
-std::optional<core::SceneEntry> SceneCopy(core::CTarnwickData &data, int nScene)
-{
-    std::lock_guard<std::mutex> lock(data.sceneLock.m);
-    if (nScene < 0 || static_cast<size_t>(nScene) >= data.diff_list.size()) {
-        return std::nullopt;
-    }
-    return data.diff_list[static_cast<size_t>(nScene)];
 }
 
 // The cut of scene from path, written to target (the segment's partial name).
@@ -169,6 +160,28 @@ void CheckSceneInBackground(CTarnwickProcess &engine, int nScene, bool bShow)
     }
 }
 
+// The merge tab's check of a row: the analysis of its source, as job 1052 for the tab's rules.
+void AnalyzeRowInBackground(CTarnwickProcess &engine, int nRow)
+{
+    std::optional<core::SceneEntry> row = SceneCopy(*engine.pData, nRow);
+    if (!row || engine.bThreadRunning) {
+        return; // a job runs on the project: it analyses the rows itself
+    }
+    const int previousJob = engine.nProcessID.exchange(kJobSegmentOutput);
+    if (EngineTab *tab = engine.CurrentTab()) {
+        tab->SetSceneListBusy(true);
+    }
+    engine.pData->input_file =
+        row->strOriginalFile.empty() ? row->strWorkFile : row->strOriginalFile;
+    engine.pData->viInput = core::VideoInfo{};
+    const int result = engine.AnalyzeMergeSource(nRow);
+    engine.nProcessID = previousJob;
+    if (EngineTab *tab = engine.CurrentTab()) {
+        tab->SetSceneListBusy(false);
+    }
+    engine.SendEndState(result);
+}
+
 // The queue thread: serves checkQueue until quit is set and nothing waits any more.
 void ServeCheckQueue(CTarnwickProcess &engine)
 {
@@ -193,11 +206,7 @@ void ServeCheckQueue(CTarnwickProcess &engine)
                     CheckSceneInBackground(engine, item.first, item.second);
                 }
             } else {
-                // The merge tab's check is the file analysis of its row; it is not built yet.
-                core::Log("%s(%d) merge row(%d) not checked: file analysis is not available\n",
-                          "CTarnwickProcess::QueueThread",
-                          __LINE__,
-                          item.first);
+                AnalyzeRowInBackground(engine, item.first);
             }
             engine.checkMutex.unlock();
         }
@@ -213,6 +222,16 @@ void ServeCheckQueue(CTarnwickProcess &engine)
 }
 
 } // namespace
+
+// A copy of scene nScene, taken under the scene lock; none when the index is out of range.
+std::optional<core::SceneEntry> SceneCopy(core::CTarnwickData &data, int nScene)
+{
+    std::lock_guard<std::mutex> lock(data.sceneLock.m);
+    if (nScene < 0 || static_cast<size_t>(nScene) >= data.diff_list.size()) {
+        return std::nullopt;
+    }
+    return data.diff_list[static_cast<size_t>(nScene)];
+}
 
 int CTarnwickProcess::CutScene(
     const std::string &path, int nScene, int nTotal, int nBase, bool bReport)

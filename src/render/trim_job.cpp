@@ -18,6 +18,7 @@
 #include "core/project_names.h"
 #include "engine/encoder_presets.h"
 #include "engine/job_pool.h"
+#include "render/job_internals.h"
 #include "render/merge_graph.h"
 #include "render/trim_commands.h"
 
@@ -38,14 +39,6 @@ void DeleteQuietly(const std::string &path)
 }
 
 } // namespace
-
-// What the precheck hands to the merge.
-struct TrimPrecheck
-{
-    std::vector<render::MergeStep> inputs; // per enabled scene: its file and planned length
-    int nTotal = 0;                        // frames of the enabled scenes
-    int nCount = 0;                        // scenes probed (not skipped by a stop)
-};
 
 int CTarnwickProcess::ProcessTrim(const std::string &input, const std::string &output)
 {
@@ -78,7 +71,11 @@ int CTarnwickProcess::ProcessTrim(const std::string &input, const std::string &o
         core::DeleteByPattern(names.MergeMask());
         return result;
     }
-    return EncodeFinal(names, merged, nFinal, output);
+    const render::EncodeArgs args{ToolPrefix(pData->bUseCuda != 0),
+                                  EncoderText(pData->bUseCuda, pData->nEncodePreset),
+                                  pData->viCurrent.fps,
+                                  pData->viInput.r_frame_rate};
+    return EncodeFinal(names, args, merged, nFinal, output);
 }
 
 int CTarnwickProcess::PrecheckSegments(const std::string &input, int nScenes, TrimPrecheck &checked)
@@ -131,18 +128,23 @@ int CTarnwickProcess::PrecheckSegments(const std::string &input, int nScenes, Tr
         SendJobState(core::kStateWaiting);
         pool.WaitAll();
     }
-    for (int i = 0; i < nQueued; ++i) {
-        const int cut = results[static_cast<size_t>(i)];
-        if (cut == kJobOk) {
+    results.resize(static_cast<size_t>(nQueued));
+    return SettlePoolResults(kTrim, results);
+}
+
+int CTarnwickProcess::SettlePoolResults(const char *function, const std::vector<int> &results)
+{
+    for (const int result : results) {
+        if (result == kJobOk) {
             continue;
         }
-        if (cut == kJobStopped) {
+        if (result == kJobStopped) {
             SendJobState(core::kStateStopped);
         } else {
-            SendJobState(core::kStateFailed, core::StrPrintf("ExitCode(%d)", cut));
+            SendJobState(core::kStateFailed, core::StrPrintf("ExitCode(%d)", result));
         }
-        LogCommandResult(kTrim, __LINE__, "precheck", cut);
-        return cut;
+        LogCommandResult(function, __LINE__, "precheck", result);
+        return result;
     }
     return kJobOk;
 }
@@ -175,7 +177,7 @@ int CTarnwickProcess::MergeSegments(const render::TrimNames &names,
     }
     const double fade = pData->dTransitionSec;
     nFinal = render::FadedFrameCount(checked.nTotal, args.fps, checked.nCount, fade);
-    return MergeByGraphs(names, args, checked.inputs, merged);
+    return MergeByGraphs(names, args, checked.inputs, {fade, pData->viInput.r_frame_rate}, merged);
 }
 
 int CTarnwickProcess::MergeByConcat(const render::TrimNames &names,
@@ -205,9 +207,10 @@ int CTarnwickProcess::MergeByConcat(const render::TrimNames &names,
 int CTarnwickProcess::MergeByGraphs(const render::TrimNames &names,
                                     const render::EncodeArgs &args,
                                     const std::vector<render::MergeStep> &inputs,
+                                    const GraphForm &form,
                                     std::string &merged)
 {
-    const double fade = pData->dTransitionSec;
+    const double fade = form.fade;
     const bool bAudio = pData->viCurrent.bHasAudio;
     std::vector<double> durations;
     for (const render::MergeStep &step : inputs) {
@@ -233,13 +236,12 @@ int CTarnwickProcess::MergeByGraphs(const render::TrimNames &names,
             for (const render::MergeStep &step : steps) {
                 paths.push_back(step.path);
             }
-            const std::string command =
-                render::GraphMergeCommand(args,
-                                          paths,
-                                          render::FilterComplexText(render::BuildMergeGraph(
-                                              fade, steps, pData->viInput.r_frame_rate, bAudio)),
-                                          bAudio,
-                                          name);
+            const std::string command = render::GraphMergeCommand(
+                args,
+                paths,
+                render::FilterComplexText(render::BuildMergeGraph(fade, steps, form.rate, bAudio)),
+                bAudio,
+                name);
             paths.push_back(name);
             if (!CommandCarriesPaths(kTrim, __LINE__, command, paths)) {
                 return kJobCannotStart;
@@ -257,14 +259,11 @@ int CTarnwickProcess::MergeByGraphs(const render::TrimNames &names,
 }
 
 int CTarnwickProcess::EncodeFinal(const render::TrimNames &names,
+                                  const render::EncodeArgs &args,
                                   const std::string &merged,
                                   int nFinal,
                                   const std::string &output)
 {
-    const render::EncodeArgs args{ToolPrefix(pData->bUseCuda != 0),
-                                  EncoderText(pData->bUseCuda, pData->nEncodePreset),
-                                  pData->viCurrent.fps,
-                                  pData->viInput.r_frame_rate};
     const std::string chain = BuildVideoFilter(true, false, false, false, -1);
     // Written under a partial name and renamed when whole, so that a kill never leaves a
     // broken film under the name the user asked for.

@@ -287,8 +287,11 @@ TEST(CliScan, RealRecordingGivesOrderedScenesInsideTheVideo)
     testsupport::RunResult r = RunCli({"scan", video, "--json"});
     ASSERT_EQ(r.exitCode, 0) << r.err;
     nlohmann::json root = nlohmann::json::parse(r.out);
+    // The frames of the working MP4 that the AVI is converted to: its 374 frames at a constant
+    // rate, which may give a frame or two more.
     int frames = root["frames"];
-    EXPECT_EQ(frames, 374);
+    EXPECT_GE(frames, 374);
+    EXPECT_LE(frames, 376);
     const nlohmann::json &scenes = root["scenes"];
     ASSERT_GE(scenes.size(), 1u);
     int previousLast = -1;

@@ -2,6 +2,7 @@
 // segment at the chosen rate and size, a segment already in place, rows analysed before, and
 // the rate and size tables.
 #include <filesystem>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -128,6 +129,24 @@ TEST(ProcessAnalysis, FailingRowEndsTheLoopAndLeavesTheRestUnanalysed)
     EXPECT_FALSE(rig.data.diff_list[1].bAnalyzed);
     EXPECT_FALSE(rig.data.diff_list[2].bAnalyzed);
     EXPECT_EQ(States(rig.Scene()).back().rfind("3:ExitCode(", 0), 0u);
+}
+
+TEST(BackgroundCheck, MergeTabCheckAnalysesTheRowFromItsSource)
+{
+    testsupport::TempDir dir;
+    const std::string clip = dir.file("a.mp4");
+    ASSERT_TRUE(testsupport::MakeClip(clip, "testsrc2=size=160x120:rate=25:duration=1"));
+    MergeRig rig;
+    rig.data.output_folder = dir.file("out") + "/";
+    rig.Add(clip, dir.file("out") + "/a_seg.mp4");
+    rig.engine.StartQueueThread(1);
+    rig.engine.EnqueueSceneCheck(0, true);
+    rig.host.Loop().RunUntil([&rig] { return !States(rig.Scene()).empty(); });
+    EXPECT_EQ(States(rig.Scene()).back(), "4:");
+    std::lock_guard<std::mutex> lock(rig.data.sceneLock.m);
+    EXPECT_TRUE(rig.data.diff_list[0].bAnalyzed);
+    EXPECT_EQ(rig.data.diff_list[0].viIn.frame_num, 25);
+    EXPECT_EQ(rig.engine.nProcessID, 0); // the job number is put back
 }
 
 } // namespace

@@ -399,26 +399,6 @@ TEST(BackgroundCheck, IgnoresNegativeIndexesAndRequestsDuringAStop)
     EXPECT_EQ(QueuedChecks(rig.engine), (std::vector<std::pair<int, bool>>{{2, true}, {3, true}}));
 }
 
-TEST(BackgroundCheck, MergeTabChecksAreLoggedAndNotRun)
-{
-    enginetest::LogCapture log;
-    CutProject p;
-    int n = p.AddScene(0, 9);
-    p.rig.engine.StartQueueThread(1);
-    p.rig.engine.EnqueueSceneCheck(n, true);
-    std::vector<std::string> lines;
-    while (lines.empty()) {
-        lines = log.LinesWithoutPositions("CTarnwickProcess::QueueThread");
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
-    EXPECT_EQ(lines,
-              (std::vector<std::string>{
-                  "CTarnwickProcess::QueueThread(N) merge row(0) not checked: file analysis is "
-                  "not available"}));
-    EXPECT_FALSE(fs::exists(p.Scene(n).fileName));
-    EXPECT_TRUE(p.rig.Scene().Messages().empty());
-}
-
 TEST(BackgroundCheck, ThreadEndsCleanlyWhenAskedToQuit)
 {
     EngineRig rig;

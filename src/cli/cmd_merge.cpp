@@ -1,0 +1,262 @@
+// tarnwickmp4-cli merge: the merge workspace's jobs on the command line: every file analysed,
+// converted to one picture size and frame rate (with a silent track where it has no sound), and
+// all joined into one film, end to end or cross-faded (job 1057 of the merge tab).
+#include <cstdio>
+#include <filesystem>
+#include <map>
+#include <mutex>
+#include <ostream>
+#include <string>
+#include <system_error>
+#include <vector>
+
+#include <unistd.h>
+
+#include "cli/cli_support.h"
+#include "cli/commands.h"
+#include "cli/job_guard.h"
+#include "cli/progress_line.h"
+#include "core/helpers.h"
+#include "core/language.h"
+#include "core/merge_formats.h"
+
+namespace cli {
+namespace {
+
+constexpr const char *kHead = "tarnwickmp4-cli merge: ";
+constexpr const char *kMergeUsage =
+    "Usage: tarnwickmp4-cli merge --size WxH --rate N/D [--transition] [--output-folder DIR] "
+    "-o NAME FILE...\n";
+
+struct MergeArgs
+{
+    int nSizeIndex = -1;
+    int nRateIndex = -1;
+    bool transition = false;
+    std::string outputFolder;
+    std::string outputName;
+    std::vector<std::string> files;
+};
+
+// The row of the size table written "WxH"; -1 when none.
+int SizeIndexOf(const std::string &text)
+{
+    for (int i = 0; i < core::kMergeSizeCount; ++i) {
+        if (text ==
+            core::StrPrintf("%dx%d", core::kMergeSizes[i].width, core::kMergeSizes[i].height)) {
+            return i;
+        }
+    }
+    return -1;
+}
+
+// The row of the rate table written "N/D" (or "N" for N/1); -1 when none.
+int RateIndexOf(const std::string &text)
+{
+    for (int i = 0; i < core::kMergeRateCount; ++i) {
+        const std::string rate = core::MergeRateText(core::kMergeRates[i]);
+        if (text == rate ||
+            (core::kMergeRates[i].den == 1 && text == rate.substr(0, rate.find('/')))) {
+            return i;
+        }
+    }
+    return -1;
+}
+
+std::string SizeList()
+{
+    std::string list;
+    for (const core::MergeSize &size : core::kMergeSizes) {
+        list += (list.empty() ? "" : ", ") + core::StrPrintf("%dx%d", size.width, size.height);
+    }
+    return list;
+}
+
+std::string RateList()
+{
+    std::string list;
+    for (const core::MergeRate &rate : core::kMergeRates) {
+        list += (list.empty() ? "" : ", ") + core::MergeRateText(rate);
+    }
+    return list;
+}
+
+// Parses the arguments. An error line, or empty with usage set when the usage is to be shown.
+std::string ParseMergeArgs(const std::vector<std::string> &args, MergeArgs &parsed, bool &usage)
+{
+    usage = false;
+    for (size_t i = 0; i < args.size(); ++i) {
+        const std::string &arg = args[i];
+        const bool takesValue = arg == "--size" || arg == "--rate" || arg == "--output-folder" ||
+                                arg == "-o" || arg == "--output-name";
+        if (takesValue && (i + 1 >= args.size() || args[i + 1].empty())) {
+            usage = true;
+            return "";
+        }
+        if (arg == "--size") {
+            parsed.nSizeIndex = SizeIndexOf(args[++i]);
+            if (parsed.nSizeIndex < 0) {
+                return "--size " + args[i] + ": one of " + SizeList() + " is wanted";
+            }
+        } else if (arg == "--rate") {
+            parsed.nRateIndex = RateIndexOf(args[++i]);
+            if (parsed.nRateIndex < 0) {
+                return "--rate " + args[i] + ": one of " + RateList() + " is wanted";
+            }
+        } else if (arg == "--output-folder") {
+            parsed.outputFolder = args[++i];
+        } else if (arg == "-o" || arg == "--output-name") {
+            parsed.outputName = args[++i];
+        } else if (arg == "--transition") {
+            parsed.transition = true;
+        } else if (arg.size() > 1 && arg[0] == '-') {
+            usage = true;
+            return "";
+        } else if (!arg.empty()) {
+            parsed.files.push_back(arg);
+        }
+    }
+    usage = parsed.files.empty() || parsed.outputName.empty() || parsed.nSizeIndex < 0 ||
+            parsed.nRateIndex < 0;
+    return "";
+}
+
+// Every file must be readable, and two different files must not share a segment name. The
+// problem as a message line; empty when all can be tried.
+std::string CheckFiles(const std::vector<std::string> &files, const core::CTarnwickData &data)
+{
+    std::map<std::string, std::string> segments; // segment name to its source
+    for (size_t i = 0; i < data.diff_list.size(); ++i) {
+        const std::string &file = files[i];
+        std::string problem =
+            CheckInputFile(file, "is a folder, not a video file", "is not readable");
+        if (!problem.empty()) {
+            return PrintablePath(file) + ": " + problem;
+        }
+        const core::SceneEntry &row = data.diff_list[i];
+        auto [at, added] = segments.emplace(row.fileName, row.strWorkFile);
+        if (!added && at->second != row.strWorkFile) {
+            return PrintablePath(file) + " and " + PrintablePath(at->second) +
+                   " have the same file name, and their segments would share one name; rename "
+                   "one of them";
+        }
+    }
+    return "";
+}
+
+// The merge tab's project for the arguments: one ticked row per file, its segment named after
+// the file, the size and the rate.
+void PrepareMergeProject(core::CTarnwickData &data, const MergeArgs &args)
+{
+    data.ResetProject(false);
+    std::error_code ec;
+    const std::string first = std::filesystem::absolute(args.files.front(), ec).string();
+    std::string folder = args.outputFolder;
+    if (folder.empty()) {
+        folder = (std::filesystem::path(first).parent_path() /
+                  (core::ReplaceExtension(args.outputName, "") + "_out"))
+                     .string();
+    }
+    data.output_folder =
+        core::SetTrailingSeparator(std::filesystem::absolute(folder, ec).string(), true);
+    data.output_name = args.outputName;
+    data.transition = args.transition ? 1 : 0;
+    const core::MergeSize size = core::MergeSizeAt(args.nSizeIndex);
+    const double fps = core::MergeRateFps(core::MergeRateAt(args.nRateIndex));
+    for (const std::string &file : args.files) {
+        core::SceneEntry row;
+        row.strWorkFile = std::filesystem::absolute(file, ec).string();
+        row.fileName = data.output_folder +
+                       core::ReplaceExtension(core::FileNamePart(row.strWorkFile), "_seg_") +
+                       core::StrPrintf("%dx%d_%.02f.mp4", size.width, size.height, fps);
+        data.diff_list.push_back(row);
+    }
+}
+
+// The source of the first row that the analysis could not finish; empty when all were.
+std::string FirstUnanalysed(core::CTarnwickData &data)
+{
+    std::lock_guard<std::mutex> lock(data.sceneLock.m);
+    for (const core::SceneEntry &row : data.diff_list) {
+        if (!row.bAnalyzed) {
+            return row.strOriginalFile.empty() ? row.strWorkFile : row.strOriginalFile;
+        }
+    }
+    return "";
+}
+
+} // namespace
+
+int RunMerge(const std::vector<std::string> &args, CliOutput &io)
+{
+    MergeArgs parsed;
+    bool usage = false;
+    std::string problem = ParseMergeArgs(args, parsed, usage);
+    if (usage) {
+        io.err << kMergeUsage;
+        return kExitBadInput;
+    }
+    if (problem.empty()) {
+        problem = CheckOutputOptions(parsed.outputFolder, parsed.outputName);
+    }
+    if (!problem.empty()) {
+        io.err << kHead << problem << "\n";
+        return kExitBadInput;
+    }
+    engine::HeadlessHost host;
+    host.SetActiveTab(1);
+    core::CTarnwickData data;
+    PrepareMergeProject(data, parsed);
+    problem = CheckFiles(parsed.files, data);
+    if (problem.empty() && !UnusablePath(data.GetOutputPath()).empty()) {
+        problem = PrintablePath(data.GetOutputPath()) + ": " + UnusablePath(data.GetOutputPath());
+    }
+    if (!problem.empty()) {
+        io.err << kHead << problem << "\n";
+        return kExitBadInput;
+    }
+    JobGuard guard(kHead);
+    if (!guard.Take(data, "merge " + parsed.outputName, io.err)) {
+        return kExitFailed;
+    }
+    engine::CTarnwickProcess engine;
+    engine.pData = &data;
+    engine.pHostDlg = &host;
+    engine.bMergeMode = 1;
+    engine.nRateIndex = parsed.nRateIndex;
+    engine.nSizeIndex = parsed.nSizeIndex;
+    ProgressLine progress(io.err, isatty(STDERR_FILENO) != 0);
+    std::string failure;
+    host.Tab(1).SetOnMessage([&](const engine::JobMessage &msg) {
+        progress.OnMessage(msg);
+        if (msg.id == engine::AppMessage::WM_APP_JOB_STATE && msg.wParam == core::kStateFailed &&
+            msg.text && failure.empty()) {
+            failure = *msg.text;
+        }
+        host.Tab(1).ClearMessages();
+    });
+    const bool finished = RunJobUntilSignal(engine, host, engine::kJobExtractAndOutput);
+    progress.Finish();
+    const int result = engine.nProcessExitCode;
+    if (!finished || result == engine::kJobStopped) {
+        io.err << kHead << "stopped; the finished segments in " << data.output_folder
+               << " are kept for the next merge\n";
+        return kExitStopped;
+    }
+    if (result != engine::kJobOk) {
+        const std::string reason =
+            failure.empty() ? core::StrPrintf("ExitCode(%d)", result) : failure;
+        const std::string unanalysed = FirstUnanalysed(data);
+        if (!unanalysed.empty()) {
+            io.err << kHead << PrintablePath(unanalysed) << ": could not be read as a video ("
+                   << reason << ")\n";
+            return kExitBadInput;
+        }
+        io.err << kHead << "the merge failed: " << reason << "\n";
+        return kExitFailed;
+    }
+    io.out << data.GetOutputPath() << "\n";
+    return kExitOk;
+}
+
+} // namespace cli
