@@ -91,8 +91,9 @@ public:
     // The chooser's OK: the font into m_Caption, and the whole of m_Caption into the target.
     bool SetFont(core::CTarnwickData &data, const FontChoice &font);
 
-    // Every scene caption, the title and the watermark back to the defaults of a new project.
-    // True when a target exists (the list is not empty, or title or watermark is edited).
+    // Every scene caption, the title and the watermark back to the defaults of a new project,
+    // in any case. True when a target exists (the list is not empty, or title or watermark is
+    // edited): only then do the boxes reload and the tab saves.
     bool ResetCaptions(core::CTarnwickData &data);
     // Fills when no scene has a caption text; otherwise empties, but only once bConfirmed.
     AutoCaptionOutcome AutoCaptions(core::CTarnwickData &data, bool bConfirmed);
