@@ -23,10 +23,12 @@
 #include "engine/scan_command.h"
 #include "engine/tarnwick_process.h"
 
+#include "bench_support.h"
+
 namespace {
 
 namespace fs = std::filesystem;
-using Clock = std::chrono::steady_clock;
+using bench::PeakMemoryKiB;
 
 constexpr const char *kClipName = "render_1280x720_60s_v3.mp4";
 // A light box on a dark ground swings to and fro in the first five seconds of every ten.
@@ -35,73 +37,7 @@ constexpr const char *kClipSource =
     "color=c=0x404040:s=1280x720:r=25:d=60[bg];color=c=0xA0A0A0:s=256x256:r=25:d=60[box];"
     "[bg][box]overlay=x='if(lt(mod(t,10),5),512+400*sin(2*PI*t),512)':y=232:eval=frame";
 
-double SecondsSince(Clock::time_point start)
-{
-    return std::chrono::duration<double>(Clock::now() - start).count();
-}
-
-long PeakMemoryKiB()
-{
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    return usage.ru_maxrss;
-}
-
-// One scene tab of a headless host, with cutting, whose loop forgets every message.
-class RenderBench
-{
-public:
-    // With stages, the time at which each stage of a job begins is printed.
-    explicit RenderBench(bool stages)
-    {
-        m_engine.pData = &data;
-        m_engine.pHostDlg = &m_host;
-        m_host.Tab(0).SetOnMessage([this, stages](const engine::JobMessage &msg) {
-            m_host.Tab(0).ClearMessages();
-            const bool stage = msg.id == engine::AppMessage::WM_APP_STAGE_BEGIN ||
-                               msg.id == engine::AppMessage::WM_APP_STAGE_TEXT ||
-                               msg.id == engine::AppMessage::WM_APP_JOB_STATE;
-            if (stages && stage) {
-                std::printf("    %7.3f s  %s %lld\n",
-                            SecondsSince(m_jobStart),
-                            msg.text.value_or("state").c_str(),
-                            static_cast<long long>(msg.id == engine::AppMessage::WM_APP_JOB_STATE
-                                                       ? msg.wParam
-                                                       : msg.lParam));
-            }
-        });
-    }
-
-    engine::CTarnwickProcess &Engine() { return m_engine; }
-
-    // Seconds of job nJob; its result in *pResult.
-    double TimeJob(int nJob, int *pResult)
-    {
-        Clock::time_point start = Clock::now();
-        m_jobStart = start;
-        m_engine.StartThread(nJob);
-        m_host.Loop().RunUntil([this] { return !m_engine.bThreadRunning; });
-        *pResult = m_engine.nProcessExitCode;
-        return SecondsSince(start);
-    }
-
-    // Seconds of command run to its end; its result in *pResult.
-    double TimeCommand(const std::string &command, int *pResult)
-    {
-        Clock::time_point start = Clock::now();
-        *pResult = m_engine.ExecuteCmd(command);
-        return SecondsSince(start);
-    }
-
-    core::CTarnwickData data;
-
-private:
-    engine::HeadlessHost m_host; // before the engine: it outlives the engine
-    engine::CTarnwickProcess m_engine;
-    Clock::time_point m_jobStart = Clock::now();
-};
-
-std::string CachedClip(RenderBench &bench)
+std::string CachedClip(bench::BenchSession &bench)
 {
     const std::string dir = TW_BENCH_DATA_DIR;
     const std::string clip = dir + "/" + kClipName;
@@ -149,7 +85,7 @@ int TickedFrames(const core::CTarnwickData &data)
 
 int Run(bool keep, bool stages)
 {
-    RenderBench bench(stages);
+    bench::BenchSession bench(stages);
     const std::string clip = CachedClip(bench);
     if (clip.empty()) {
         return 1;

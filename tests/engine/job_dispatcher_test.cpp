@@ -226,7 +226,8 @@ TEST(JobDispatcher, JobWithoutAFunctionFailsWithCannotStart)
 {
     enginetest::LogCapture log;
     EngineRig rig;
-    rig.engine.bMergeMode = 1; // the merge tab's final output has no row yet
+    rig.engine.bMergeMode = 1;
+    rig.engine.SetJobFunction(engine::kJobFinalOutput, 1, {}); // a row without a function
     ASSERT_EQ(rig.engine.StartThread(engine::kJobFinalOutput), 1);
     rig.WaitForJob();
     EXPECT_EQ(rig.engine.nProcessExitCode, engine::kJobCannotStart);
