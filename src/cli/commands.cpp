@@ -101,6 +101,29 @@ const CommandEntry kCommands[] = {
      "  --output-folder DIR   segments and film (default NAME_out/ beside the first file)\n"
      "  -o NAME               file name of the film\n",
      "tarnwickmp4-cli merge --size 1280x720 --rate 30 -o trip.mp4 day1.mp4 day2.mov"},
+    {"scenes",
+     RunScenes,
+     "scenes PROJECT [--json]",
+     "Lists the scenes of a saved project as the scene tab shows them: number, tick, first\n"
+     "and last frame, frames, length, caption times, where the scene starts in the film, and\n"
+     "the caption.\n"
+     "  --json   one JSON document instead of the table\n",
+     "tarnwickmp4-cli scenes garden.mp4.twproj"},
+    {"edit",
+     RunEdit,
+     "edit PROJECT [--tick N] [--untick N] [--split N AT] [--delete N] [--duplicate N] "
+     "[--move N TO] [--caption N TEXT] [--title TEXT] [--watermark TEXT]",
+     "Changes the scene list of a saved project as the scene tab does, in the order given,\n"
+     "and saves it. Scenes are numbered from 1 as scenes lists them.\n"
+     "  --tick N / --untick N   take scene N into the film, or leave it out\n"
+     "  --split N AT            split scene N; the later part begins at frame AT of the video\n"
+     "  --delete N              remove scene N (the last one leaves the default scene)\n"
+     "  --duplicate N           a copy of scene N after it\n"
+     "  --move N TO             scene N to place TO (beyond the end: the last place)\n"
+     "  --caption N TEXT        the caption of scene N\n"
+     "  --title TEXT            the title over the film's first seconds\n"
+     "  --watermark TEXT        the watermark\n",
+     "tarnwickmp4-cli edit garden.mp4.twproj --untick 2 --split 3 480 --caption 1 \"Fox\""},
     {"autopicture",
      RunAutoPicture,
      "autopicture VIDEO",

@@ -90,6 +90,12 @@ int RunAnalyze(const std::vector<std::string> &args, CliOutput &io);
 // read (named before anything runs), 1 when a tool fails, 130 on Ctrl-C.
 int RunMerge(const std::vector<std::string> &args, CliOutput &io);
 
+// scenes PROJECT [--json]: the scene list of a saved project as the scene tab shows it.
+int RunScenes(const std::vector<std::string> &args, CliOutput &io);
+// edit PROJECT [edits...]: the scene tab's list commands and captions applied in the order
+// given, the project saved; the list is printed. A scene that does not exist saves nothing.
+int RunEdit(const std::vector<std::string> &args, CliOutput &io);
+
 // Parses argv and runs the named command; prints usage for unknown ones.
 int RunCommandLine(int argc, char **argv);
 

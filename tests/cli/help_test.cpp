@@ -11,8 +11,19 @@ namespace {
 
 using testsupport::RunCli;
 
-const std::vector<std::string> kCommands = {
-    "project", "probe", "scan", "extract", "render", "run", "autopicture", "still", "play"};
+const std::vector<std::string> kCommands = {"project",
+                                            "probe",
+                                            "scan",
+                                            "extract",
+                                            "render",
+                                            "run",
+                                            "autopicture",
+                                            "still",
+                                            "play",
+                                            "analyze",
+                                            "merge",
+                                            "scenes",
+                                            "edit"};
 
 TEST(CliHelp, ListsEveryCommand)
 {

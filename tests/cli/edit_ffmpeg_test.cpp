@@ -1,0 +1,117 @@
+// Tests of scenes and edit on the command line: the list as the tab shows it, a round trip
+// without change, a scene left out and another split before a render, and edits that name a
+// scene that does not exist.
+#include <filesystem>
+#include <string>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include "support/motion_clips.h"
+#include "support/test_support.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+using testsupport::RunCli;
+using testsupport::TempDir;
+
+nlohmann::json Scenes(const std::string &project)
+{
+    testsupport::RunResult r = RunCli({"scenes", project, "--json"});
+    EXPECT_EQ(r.exitCode, 0) << r.err;
+    return r.exitCode == 0 ? nlohmann::json::parse(r.out) : nlohmann::json::object();
+}
+
+TEST(CliEdit, RoundTripWithoutChangeLeavesTheFileByteForByte)
+{
+    TempDir dir;
+    const std::string clip = testsupport::MakeMotionClip(dir);
+    ASSERT_EQ(RunCli({"extract", clip}).exitCode, 0);
+    const std::string project = clip + ".twproj";
+    const std::string before = testsupport::ReadFile(project);
+    testsupport::RunResult r = RunCli({"edit", project});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    EXPECT_EQ(testsupport::ReadFile(project), before);
+}
+
+TEST(CliEdit, UntickedSceneLeavesTheFilmShorterByExactlyItsLength)
+{
+    TempDir dir;
+    const std::string clip = testsupport::MakeMotionClip(dir);
+    testsupport::RunResult run = RunCli({"run", clip});
+    ASSERT_EQ(run.exitCode, 0) << run.err;
+    const std::string project = clip + ".twproj";
+    nlohmann::json list = Scenes(project);
+    ASSERT_EQ(list["scenes"].size(), 2u) << list.dump();
+    const std::string film = clip + "_out/motion_trim.mp4";
+    const int before = testsupport::DecodedFrames(film);
+    const int first = list["scenes"][0]["frames"];
+    const int second = list["scenes"][1]["frames"];
+    EXPECT_EQ(before, first + second);
+    // Leave the first scene out and split the second in its middle.
+    const int splitAt =
+        (list["scenes"][1]["first"].get<int>() + list["scenes"][1]["last"].get<int>()) / 2;
+    testsupport::RunResult edit =
+        RunCli({"edit", project, "--untick", "1", "--split", "2", std::to_string(splitAt)});
+    ASSERT_EQ(edit.exitCode, 0) << edit.err;
+    list = Scenes(project);
+    ASSERT_EQ(list["scenes"].size(), 3u);
+    EXPECT_EQ(list["scenes"][0]["ticked"], false);
+    EXPECT_EQ(list["scenes"][0]["output_start"], nullptr);
+    EXPECT_EQ(list["scenes"][2]["first"], splitAt);
+    EXPECT_EQ(list["scenes"][1]["frames"].get<int>() + list["scenes"][2]["frames"].get<int>(),
+              second);
+    testsupport::RunResult render = RunCli({"render", project});
+    ASSERT_EQ(render.exitCode, 0) << render.err;
+    EXPECT_EQ(testsupport::DecodedFrames(film), before - first);
+}
+
+TEST(CliEdit, SceneThatDoesNotExistSavesNothing)
+{
+    TempDir dir;
+    const std::string clip = testsupport::MakeMotionClip(dir);
+    ASSERT_EQ(RunCli({"extract", clip}).exitCode, 0);
+    const std::string project = clip + ".twproj";
+    const std::string before = testsupport::ReadFile(project);
+    testsupport::RunResult r = RunCli({"edit", project, "--untick", "1", "--delete", "9"});
+    EXPECT_EQ(r.exitCode, 2);
+    EXPECT_EQ(r.err,
+              "tarnwickmp4-cli edit: " + project +
+                  ": scene 9 does not exist: the project has 2 scenes; nothing was saved\n");
+    EXPECT_EQ(testsupport::ReadFile(project), before);
+}
+
+TEST(CliEdit, DeletingTheOnlySceneLeavesTheDefaultScene)
+{
+    TempDir dir;
+    const std::string clip = testsupport::MakeMotionClip(dir);
+    ASSERT_EQ(RunCli({"extract", clip}).exitCode, 0);
+    const std::string project = clip + ".twproj";
+    ASSERT_EQ(RunCli({"edit", project, "--delete", "2", "--delete", "1"}).exitCode, 0);
+    nlohmann::json list = Scenes(project);
+    ASSERT_EQ(list["scenes"].size(), 1u);
+    EXPECT_EQ(list["scenes"][0]["first"], 0);
+    EXPECT_EQ(list["scenes"][0]["caption"], "Scene001");
+}
+
+TEST(CliEdit, MoveBeyondTheEndAndCaptionWithBracesAndLineBreak)
+{
+    TempDir dir;
+    const std::string clip = testsupport::MakeMotionClip(dir);
+    ASSERT_EQ(RunCli({"extract", clip}).exitCode, 0);
+    const std::string project = clip + ".twproj";
+    nlohmann::json list = Scenes(project);
+    const int firstOfScene1 = list["scenes"][0]["first"];
+    testsupport::RunResult r = RunCli(
+        {"edit", project, "--move", "1", "99", "--caption", "1", "a {b}\nc", "--title", "Garden"});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    list = Scenes(project);
+    EXPECT_EQ(list["scenes"][1]["first"], firstOfScene1); // now the last
+    EXPECT_EQ(list["scenes"][0]["caption"], "a {b}\nc");
+    nlohmann::json file = nlohmann::json::parse(testsupport::ReadFile(project));
+    EXPECT_EQ(file["capTitle"]["caption"], "Garden");
+}
+
+} // namespace
