@@ -129,7 +129,7 @@ TEST(CliAnalyze, StoppedConversionLeavesNoWorkingFileAndTheNextOpeningConvertsAg
     const std::string part = dir.file("part.mov");
     ASSERT_TRUE(testsupport::MakeClip(part, "testsrc2=size=640x360:rate=25:duration=4"));
     const std::string clip = dir.file("long.mov");
-    ASSERT_TRUE(testsupport::LoopClip(clip, part, 100));
+    ASSERT_TRUE(testsupport::LoopClip(clip, part, 30));
     const std::string folder = dir.file("out");
     const std::string working = folder + "/long_input_ch.mp4";
     testsupport::SignalledRun run =
@@ -142,6 +142,11 @@ TEST(CliAnalyze, StoppedConversionLeavesNoWorkingFileAndTheNextOpeningConvertsAg
     EXPECT_FALSE(fs::exists(working));
     EXPECT_TRUE(testsupport::FilesMatching(folder, "partial").empty());
     EXPECT_EQ(testsupport::CountProcessesWith(clip), 0);
+    // Nothing half made is trusted: the next opening converts again.
+    nlohmann::json root = AnalyzeJson(clip, folder);
+    EXPECT_EQ(root["working_file"], working);
+    EXPECT_EQ(root["working_file_made"], true);
+    EXPECT_TRUE(fs::exists(working));
 }
 
 TEST(CliAnalyze, FileThatIsNotAVideoIsNamedWithExitTwo)
@@ -238,18 +243,19 @@ TEST(CliMerge, ThreeFilesOfOtherSizesRatesAndSoundBecomeOneFilm)
                   .exitCode,
               0);
     const std::string folder = dir.file("out");
-    testsupport::RunResult r = RunCli({"merge",
-                                       "--size",
-                                       "352x288",
-                                       "--rate",
-                                       "30",
-                                       "--output-folder",
-                                       folder,
-                                       "-o",
-                                       "all.mp4",
-                                       a,
-                                       b,
-                                       c});
+    const std::vector<std::string> merge = {"merge",
+                                            "--size",
+                                            "352x288",
+                                            "--rate",
+                                            "30",
+                                            "--output-folder",
+                                            folder,
+                                            "-o",
+                                            "all.mp4",
+                                            a,
+                                            b,
+                                            c};
+    testsupport::RunResult r = RunCli(merge);
     ASSERT_EQ(r.exitCode, 0) << r.err;
     const std::string film = folder + "/all.mp4";
     EXPECT_EQ(r.out, film + "\n");
@@ -260,18 +266,7 @@ TEST(CliMerge, ThreeFilesOfOtherSizesRatesAndSoundBecomeOneFilm)
     EXPECT_EQ(testsupport::FilesMatching(folder, "_seg_352x288_30.00.mp4").size(), 3u);
     // A second run converts nothing: the segments stay as they were.
     const auto stamp = fs::last_write_time(folder + "/b_seg_352x288_30.00.mp4");
-    r = RunCli({"merge",
-                "--size",
-                "352x288",
-                "--rate",
-                "30",
-                "--output-folder",
-                folder,
-                "-o",
-                "all.mp4",
-                a,
-                b,
-                c});
+    r = RunCli(merge);
     ASSERT_EQ(r.exitCode, 0) << r.err;
     EXPECT_EQ(fs::last_write_time(folder + "/b_seg_352x288_30.00.mp4"), stamp);
 }
