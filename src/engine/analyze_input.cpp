@@ -116,6 +116,9 @@ int CTarnwickProcess::RunInputAnalysis(bool bProjectLoad)
         return r;
     }
     pData->dTransitionSec = TransitionSeconds(pData->viCurrent.fps);
+    if (EngineTab *tab = CurrentTab()) {
+        tab->OnInputAnalysed(bProjectLoad);
+    }
     // The tab refreshes its controls from the project when the job's end state arrives.
     CutCurrentScene();
     std::string file = src;

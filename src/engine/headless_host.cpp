@@ -5,29 +5,8 @@
 
 namespace engine {
 
-HeadlessTab::Endpoint::Endpoint(HeadlessSink &loop, HeadlessTab &tab)
-    : m_loop(loop)
-    , m_handler([&tab](const JobMessage &msg) { tab.Record(msg); })
-{
-}
-
-void HeadlessTab::Endpoint::Send(const JobMessage &msg)
-{
-    m_loop.SendTo(m_handler, msg);
-}
-
-void HeadlessTab::Endpoint::Post(const JobMessage &msg)
-{
-    m_loop.PostTo(m_handler, msg);
-}
-
-void HeadlessTab::Endpoint::PumpMessages()
-{
-    m_loop.PumpMessages();
-}
-
 HeadlessTab::HeadlessTab(HeadlessSink &loop)
-    : m_endpoint(loop, *this)
+    : m_endpoint(loop, [this](const JobMessage &msg) { Record(msg); })
 {
 }
 
@@ -39,6 +18,18 @@ void HeadlessTab::MakeDefaultScene()
     }
 }
 
+void HeadlessTab::OnInputAnalysed(bool bKeepSelection)
+{
+    if (m_inputAnalysed) {
+        m_inputAnalysed(bKeepSelection);
+    }
+}
+
+void HeadlessTab::SetInputAnalysedRoutine(std::function<void(bool bKeepSelection)> routine)
+{
+    m_inputAnalysed = std::move(routine);
+}
+
 bool HeadlessTab::IsPositionDrag() const
 {
     return m_positionDrag;
@@ -47,11 +38,6 @@ bool HeadlessTab::IsPositionDrag() const
 void HeadlessTab::CaptureFfplayWindow()
 {
     ++m_captureCalls;
-}
-
-void HeadlessTab::SetPreviewRepaint(bool bRepaint)
-{
-    m_previewRepaint = bRepaint;
 }
 
 ScreenPoint HeadlessTab::PreviewPaneOrigin() const
@@ -66,34 +52,10 @@ void HeadlessTab::SetPreviewPaneOrigin(ScreenPoint origin)
     m_paneTop = origin.top;
 }
 
-void HeadlessTab::SetSceneListBusy(bool bBusy)
-{
-    m_sceneListBusy = bBusy;
-    RecordCall(bBusy ? "SetSceneListBusy(1)" : "SetSceneListBusy(0)");
-}
-
-void HeadlessTab::StartElapsedTimer()
-{
-    m_timerRunning = true;
-    RecordCall("StartElapsedTimer");
-}
-
-void HeadlessTab::StopElapsedTimer()
-{
-    m_timerRunning = false;
-    RecordCall("StopElapsedTimer");
-}
-
-std::vector<std::string> HeadlessTab::TabCalls() const
+std::vector<std::string> HeadlessTab::BusyAndTimerLog() const
 {
     std::lock_guard<std::mutex> lock(m_mutex);
     return m_calls;
-}
-
-void HeadlessTab::RecordCall(const std::string &call)
-{
-    std::lock_guard<std::mutex> lock(m_mutex);
-    m_calls.push_back(call);
 }
 
 void HeadlessTab::SetOnMessage(std::function<void(const JobMessage &)> onMessage)
@@ -140,6 +102,16 @@ void HeadlessTab::Record(const JobMessage &msg)
     {
         std::lock_guard<std::mutex> lock(m_mutex);
         m_messages.push_back(msg);
+        const bool on = msg.wParam != 0;
+        if (msg.id == AppMessage::WM_APP_LIST_BUSY) {
+            m_sceneListBusy = on;
+            m_calls.push_back(on ? "ListBusy(1)" : "ListBusy(0)");
+        } else if (msg.id == AppMessage::WM_APP_ELAPSED_TIMER) {
+            m_timerRunning = on;
+            m_calls.push_back(on ? "TimerStart" : "TimerStop");
+        } else if (msg.id == AppMessage::WM_APP_PREVIEW_REPAINT) {
+            m_previewRepaint = on;
+        }
     }
     if (m_onMessage) {
         m_onMessage(msg);

@@ -24,19 +24,18 @@ public:
 
     JobMessageSink &Sink() override { return m_endpoint; }
     void MakeDefaultScene() override;
+    void OnInputAnalysed(bool bKeepSelection) override;
     bool IsPositionDrag() const override;
     void CaptureFfplayWindow() override;
-    void SetPreviewRepaint(bool bRepaint) override;
     ScreenPoint PreviewPaneOrigin() const override;
-    void SetSceneListBusy(bool bBusy) override;
-    void StartElapsedTimer() override;
-    void StopElapsedTimer() override;
 
     // Called on the loop's thread for each message, after it was recorded. Set before
     // messages flow.
     void SetOnMessage(std::function<void(const JobMessage &)> onMessage);
     // Runs inside MakeDefaultScene on the worker thread, when set. Set before a job starts.
     void SetDefaultSceneRoutine(std::function<void()> routine);
+    // Runs inside OnInputAnalysed on the analysis thread, when set. Set before a job starts.
+    void SetInputAnalysedRoutine(std::function<void(bool bKeepSelection)> routine);
     // What the position bar would say: the user is dragging it.
     void SetPositionDrag(bool bDrag);
     // Where the picture pane would stand on the screen; (0, 0) unless set.
@@ -50,37 +49,25 @@ public:
     int CaptureCalls() const { return m_captureCalls; }
     // How often the engine asked where the picture pane stands.
     int PaneOriginCalls() const { return m_paneOriginCalls; }
+    // The picture pane's repaint flag as the last WM_APP_PREVIEW_REPAINT left it.
     bool PreviewRepaint() const { return m_previewRepaint; }
-    // The busy and timer calls in order: "SetSceneListBusy(1)", "SetSceneListBusy(0)",
-    // "StartElapsedTimer", "StopElapsedTimer". Any thread.
-    std::vector<std::string> TabCalls() const;
+    void SetPreviewRepaint(bool bRepaint) { m_previewRepaint = bRepaint; }
+    // The list-busy and timer messages in order: "ListBusy(1)", "ListBusy(0)", "TimerStart",
+    // "TimerStop". Any thread.
+    std::vector<std::string> BusyAndTimerLog() const;
     bool SceneListBusy() const { return m_sceneListBusy; }
     bool ElapsedTimerRunning() const { return m_timerRunning; }
 
 private:
-    // The sink handed to the engine: forwards to the shared loop with this tab's handler.
-    class Endpoint : public JobMessageSink
-    {
-    public:
-        Endpoint(HeadlessSink &loop, HeadlessTab &tab);
-        void Send(const JobMessage &msg) override;
-        void Post(const JobMessage &msg) override;
-        void PumpMessages() override;
-
-    private:
-        HeadlessSink &m_loop;
-        HeadlessSink::Handler m_handler;
-    };
-
     void Record(const JobMessage &msg);
-    void RecordCall(const std::string &call);
 
-    Endpoint m_endpoint;
+    LoopEndpoint m_endpoint;    // the sink handed to the engine, on the shared loop
     mutable std::mutex m_mutex; // guards m_messages and m_calls
     std::vector<JobMessage> m_messages;
-    std::vector<std::string> m_calls;
+    std::vector<std::string> m_calls; // BusyAndTimerLog
     std::function<void(const JobMessage &)> m_onMessage;
     std::function<void()> m_defaultScene;
+    std::function<void(bool)> m_inputAnalysed;
     std::atomic<bool> m_positionDrag{false};
     std::atomic<bool> m_previewRepaint{false};
     std::atomic<bool> m_sceneListBusy{false};

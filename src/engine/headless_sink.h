@@ -19,10 +19,10 @@ namespace engine {
 // - Post queues and returns.
 // Several receivers on one thread share one loop through SendTo/PostTo with their own
 // handler, as windows of one thread share its queue.
-class HeadlessSink : public JobMessageSink
+class HeadlessSink : public JobMessageSink, public MessageLoop
 {
 public:
-    using Handler = std::function<void(const JobMessage &)>;
+    using Handler = MessageLoop::Handler;
 
     // handler may be empty: messages are then taken and dropped.
     explicit HeadlessSink(Handler handler = {});
@@ -39,8 +39,8 @@ public:
     void PumpMessages() override;
 
     // The same with another receiver's handler, through this thread's queue.
-    void SendTo(const Handler &handler, const JobMessage &msg);
-    void PostTo(Handler handler, const JobMessage &msg);
+    void SendTo(const Handler &handler, const JobMessage &msg) override;
+    void PostTo(Handler handler, const JobMessage &msg) override;
 
     // Owning thread: handles messages until done() is true. done() is tested after every
     // round of handling, after Wake, and at least every 10 milliseconds, so it may watch

@@ -2,8 +2,10 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace engine {
 
@@ -21,6 +23,10 @@ enum class AppMessage {
     WM_APP_JOB_STATE,        // blocking; state index, text = reason or none (second word)
     WM_APP_STAGE_TEXT,       // blocking; text = finer stage text (first word), 0
     WM_APP_ANALYSIS_BUSY,    // blocking; 0 at the start, 1 at the end
+    WM_APP_LIST_BUSY,        // queued; 1 a background cut begins (list off), 0 it has ended
+    WM_APP_ELAPSED_TIMER,    // queued; 1 start the elapsed-time timer unless one runs, 0 stop it
+    WM_APP_PREVIEW_REPAINT,  // queued; the picture pane's repaint flag: 1 the player has ended,
+                             // 0 a stop keeps the player's last picture
 };
 
 // One message. A text travels as a copy; it stands for the word that carries a string in the
@@ -50,6 +56,39 @@ public:
     // it does nothing, since that thread has no messages of its own. Every wait of the owning
     // thread for a job calls it, or a job that sends would never be answered.
     virtual void PumpMessages() = 0;
+};
+
+// The message loop of the user-interface thread, which the tabs of one host share as windows of
+// one thread share its queue: each tab's messages go through it with that tab's own handler.
+class MessageLoop
+{
+public:
+    using Handler = std::function<void(const JobMessage &)>;
+
+    virtual ~MessageLoop() = default;
+    // As JobMessageSink's Send, Post and PumpMessages, delivering to handler.
+    virtual void SendTo(const Handler &handler, const JobMessage &msg) = 0;
+    virtual void PostTo(Handler handler, const JobMessage &msg) = 0;
+    virtual void PumpMessages() = 0;
+};
+
+// One tab's sink on a shared loop.
+class LoopEndpoint : public JobMessageSink
+{
+public:
+    // loop must outlive the endpoint.
+    LoopEndpoint(MessageLoop &loop, MessageLoop::Handler handler)
+        : m_loop(loop)
+        , m_handler(std::move(handler))
+    {
+    }
+    void Send(const JobMessage &msg) override { m_loop.SendTo(m_handler, msg); }
+    void Post(const JobMessage &msg) override { m_loop.PostTo(m_handler, msg); }
+    void PumpMessages() override { m_loop.PumpMessages(); }
+
+private:
+    MessageLoop &m_loop;
+    MessageLoop::Handler m_handler;
 };
 
 } // namespace engine

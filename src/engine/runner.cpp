@@ -167,9 +167,7 @@ void CTarnwickProcess::ReportStatus(
 void CTarnwickProcess::ReportStepEnd(bool bPlayback, int exitCode)
 {
     if (bPlayback) {
-        if (EngineTab *tab = CurrentTab()) {
-            tab->SetPreviewRepaint(true);
-        }
+        PostToTab(AppMessage::WM_APP_PREVIEW_REPAINT, 1, 0);
     }
     // A normal end of playback also reads "Stopped": the player stopped, nothing went wrong.
     if (exitCode == kJobStopped || (exitCode == kJobOk && bPlayback)) {

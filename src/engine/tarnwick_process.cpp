@@ -140,7 +140,7 @@ void CTarnwickProcess::CancelProcess()
             // The picture is taken before the player dies, and only once.
             if (IsPlaybackJobNumber(nProcessID) && tab != nullptr) {
                 tab->CaptureFfplayWindow();
-                tab->SetPreviewRepaint(false);
+                PostToTab(AppMessage::WM_APP_PREVIEW_REPAINT, 0, 0);
             }
             bCancel = 1;
         }

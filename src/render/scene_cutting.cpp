@@ -130,27 +130,19 @@ void CheckSceneInBackground(CTarnwickProcess &engine, int nScene, bool bShow)
     if (!IsFresh(engine.GetFrameCount(scene->fileName), *scene)) {
         int nFrames = FrameCountOf(*scene);
         if (bShow) {
-            if (EngineTab *tab = engine.CurrentTab()) {
-                tab->StartElapsedTimer();
-            }
+            engine.PostToTab(AppMessage::WM_APP_ELAPSED_TIMER, 1, 0);
         }
         int nSavedJob = engine.nProcessID.exchange(kJobSegmentOutput);
-        if (EngineTab *tab = engine.CurrentTab()) {
-            tab->SetSceneListBusy(true);
-        }
+        engine.PostToTab(AppMessage::WM_APP_LIST_BUSY, 1, 0);
         engine.SendToTab(AppMessage::WM_APP_STAGE_BEGIN, 0, nFrames, SceneStageText(nScene));
         if (engine.CutScene(engine.SourcePath(), nScene, nFrames, 0, false) == kJobOk) {
             engine.SendJobState(core::kStateDone);
         }
         if (bShow) {
-            if (EngineTab *tab = engine.CurrentTab()) {
-                tab->StopElapsedTimer();
-            }
+            engine.PostToTab(AppMessage::WM_APP_ELAPSED_TIMER, 0, 0);
         }
         engine.nProcessID = nSavedJob;
-        if (EngineTab *tab = engine.CurrentTab()) {
-            tab->SetSceneListBusy(false);
-        }
+        engine.PostToTab(AppMessage::WM_APP_LIST_BUSY, 0, 0);
     }
     if (bShow) {
         // The record again: a cut may have renamed the segment.
@@ -168,17 +160,13 @@ void AnalyzeRowInBackground(CTarnwickProcess &engine, int nRow)
         return; // a job runs on the project: it analyses the rows itself
     }
     const int previousJob = engine.nProcessID.exchange(kJobSegmentOutput);
-    if (EngineTab *tab = engine.CurrentTab()) {
-        tab->SetSceneListBusy(true);
-    }
+    engine.PostToTab(AppMessage::WM_APP_LIST_BUSY, 1, 0);
     engine.pData->input_file =
         row->strOriginalFile.empty() ? row->strWorkFile : row->strOriginalFile;
     engine.pData->viInput = core::VideoInfo{};
     const int result = engine.AnalyzeMergeSource(nRow);
     engine.nProcessID = previousJob;
-    if (EngineTab *tab = engine.CurrentTab()) {
-        tab->SetSceneListBusy(false);
-    }
+    engine.PostToTab(AppMessage::WM_APP_LIST_BUSY, 0, 0);
     engine.SendEndState(result);
 }
 

@@ -334,6 +334,7 @@ TEST(JobDispatcher, StopOfPlaybackKeepsThePlayersLastPictureOnce)
         engine::kJobPlayInput, 0, [&rig](int) { return WaitForCancel(rig.engine); });
     ASSERT_EQ(rig.engine.StartThread(engine::kJobPlayInput), 1);
     rig.engine.CancelProcess();
+    rig.host.Loop().PumpMessages(); // the repaint flag travels as a queued message
     EXPECT_EQ(rig.Scene().CaptureCalls(), 1);
     EXPECT_FALSE(rig.Scene().PreviewRepaint());
 }

@@ -300,7 +300,7 @@ void PumpUntilCall(CutProject &p, const std::string &call, size_t count = 1)
 {
     p.rig.host.Loop().RunUntil([&p, &call, count] {
         size_t seen = 0;
-        for (const std::string &c : p.rig.Scene().TabCalls()) {
+        for (const std::string &c : p.rig.Scene().BusyAndTimerLog()) {
             seen += c == call ? 1 : 0;
         }
         return seen >= count;
@@ -328,15 +328,12 @@ TEST(BackgroundCheck, RecutsAStaleSceneAndLeavesAFreshOneAlone)
     // The queue is served in order: once the stale scene is done, the fresh one was checked.
     p.rig.engine.EnqueueSceneCheck(fresh, true);
     p.rig.engine.EnqueueSceneCheck(stale, true);
-    PumpUntilCall(p, "SetSceneListBusy(0)");
+    PumpUntilCall(p, "ListBusy(0)");
 
     EXPECT_EQ(ModifiedAt(p.Scene(fresh).fileName), freshTime);
     EXPECT_EQ(DecodedFrames(p.Scene(stale).fileName), 30);
-    EXPECT_EQ(p.rig.Scene().TabCalls(),
-              (std::vector<std::string>{"StartElapsedTimer",
-                                        "SetSceneListBusy(1)",
-                                        "StopElapsedTimer",
-                                        "SetSceneListBusy(0)"}));
+    EXPECT_EQ(p.rig.Scene().BusyAndTimerLog(),
+              (std::vector<std::string>{"TimerStart", "ListBusy(1)", "TimerStop", "ListBusy(0)"}));
     EXPECT_EQ(Texts(p.rig.Scene(), AppMessage::WM_APP_STAGE_BEGIN),
               (std::vector<std::string>{"Segment Output (002)"}));
     EXPECT_EQ(Words(p.rig.Scene(), AppMessage::WM_APP_STAGE_BEGIN),
@@ -353,9 +350,9 @@ TEST(BackgroundCheck, WithoutTheShowFlagTheTimerIsLeftAlone)
     int stale = p.AddScene(10, 24);
     p.rig.engine.StartQueueThread(0);
     p.rig.engine.EnqueueSceneCheck(stale, false);
-    PumpUntilCall(p, "SetSceneListBusy(0)");
-    EXPECT_EQ(p.rig.Scene().TabCalls(),
-              (std::vector<std::string>{"SetSceneListBusy(1)", "SetSceneListBusy(0)"}));
+    PumpUntilCall(p, "ListBusy(0)");
+    EXPECT_EQ(p.rig.Scene().BusyAndTimerLog(),
+              (std::vector<std::string>{"ListBusy(1)", "ListBusy(0)"}));
     EXPECT_EQ(DecodedFrames(p.Scene(stale).fileName), 15);
 }
 
@@ -379,7 +376,7 @@ TEST(BackgroundCheck, SameSceneTwiceWhileTheThreadIsBusyIsQueuedOnce)
               (std::vector<std::pair<int, bool>>{{selected, true}, {selected, false}}));
 
     // Both scenes get cut once; the second pair finds the segment fresh.
-    PumpUntilCall(p, "SetSceneListBusy(0)", 2);
+    PumpUntilCall(p, "ListBusy(0)", 2);
     EXPECT_EQ(States(p.rig.Scene()), (std::vector<std::string>{"4:", "4:"}));
     EXPECT_EQ(DecodedFrames(p.Scene(busy).fileName), 20);
     EXPECT_EQ(DecodedFrames(p.Scene(selected).fileName), 20);

@@ -1,0 +1,170 @@
+// What the two workspaces share: the project and job engine they own, the job messages they
+// receive, the status bar, progress and elapsed time, starting and stopping jobs, helper threads.
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "core/tarnwick_data.h"
+#include "engine/engine_host.h"
+#include "engine/tarnwick_process.h"
+#include "workspace/tab_view.h"
+
+namespace workspace {
+
+// How the last job of a tab went, from its messages, as values a view can read.
+struct JobReport
+{
+    int nJob = 0; // the job, 0 before the first
+    bool bFinished = false;
+    int nResult = 0;            // the job result: 0, -1, -2 or a tool's exit code
+    int nLastState = 0;         // the last state index reported (core::kState...)
+    int nStages = 0;            // stages begun
+    std::string failure;        // the first reason given with a "Failed" state, for the user
+    bool bDefaultScene = false; // the scan found nothing and left the default scene
+};
+
+// The host dialog's rule as the engine sees it: reports go to the tab in front.
+class TabHost : public engine::EngineHost
+{
+public:
+    engine::EngineTab *CurrentTab() override;
+    // Any thread.
+    void SetTabs(engine::EngineTab *pScene, engine::EngineTab *pMerge);
+    // 0 the scene tab, any other value the merge tab.
+    void SetActiveTab(int nTab) { m_activeTab = nTab; }
+    int ActiveTab() const { return m_activeTab; }
+
+private:
+    std::atomic<engine::EngineTab *> m_scene{nullptr};
+    std::atomic<engine::EngineTab *> m_merge{nullptr};
+    std::atomic<int> m_activeTab{0};
+};
+
+class CTarnwickTab : public engine::EngineTab
+{
+public:
+    // view, loop and host must outlive the tab. nMergeMode: 0 scene tab, 1 merge tab.
+    CTarnwickTab(TabView &view,
+                 engine::MessageLoop &loop,
+                 engine::EngineHost &host,
+                 int nMergeMode);
+    // Stops a running job, waits for the helper threads and ends the engine's queue thread.
+    ~CTarnwickTab() override;
+    CTarnwickTab(const CTarnwickTab &) = delete;
+    CTarnwickTab &operator=(const CTarnwickTab &) = delete;
+
+    // ---- engine::EngineTab ----
+    engine::JobMessageSink &Sink() override { return m_endpoint; }
+    void MakeDefaultScene() override;
+    bool IsPositionDrag() const override { return m_bPositionDrag; }
+    void CaptureFfplayWindow() override {}
+    engine::ScreenPoint PreviewPaneOrigin() const override;
+
+    // The handler of every job message, on the thread that owns the loop.
+    void OnJobMessage(const engine::JobMessage &msg);
+
+    // ---- Jobs ----
+    // Starts job nJob (render jobs save the project first and start the elapsed time).
+    void StartProcess(int nJob);
+    // Stops the running job and returns when it has ended.
+    void StopProcess();
+    // Any thread (a signal watcher): asks the running job or analysis to stop; StopProcess on
+    // the owning thread finishes the stop.
+    void RequestStop();
+    bool IsJobRunning() const { return m_Process.bThreadRunning; }
+    int RunningJob() const { return m_Process.nProcessID; }
+    const JobReport &LastJob() const { return m_report; }
+
+    // ---- State for the view ----
+    void UpdateControls(bool bEnable);
+    // Every control off but stop (opening a file, automatic picture).
+    void DisableAllControls();
+    const ControlStates &Controls() const { return m_controls; }
+    virtual FieldTexts Fields() const = 0;
+    // Exchange of fields to controls.
+    void ShowFields() { m_view.ShowFields(Fields()); }
+    void ResetStatusBar();
+    const std::string &StatusPane(int nPane) const { return m_panes[nPane]; }
+    int ProgressPercent() const { return m_nProgress; }
+
+    // Elapsed time: the view's timer calls OnTimerTick while TimerRunning.
+    void StartElapsedTimer();
+    void StopElapsedTimer();
+    void OnTimerTick();
+    bool TimerRunning() const { return m_bTimerRunning; }
+
+    // The position bar's thumb is held (playback posts no positions meanwhile).
+    void SetPositionDrag(bool bDrag) { m_bPositionDrag = bDrag; }
+    // Where the picture pane stands on the screen, for the player window. Any thread.
+    void SetPreviewPaneOrigin(engine::ScreenPoint origin);
+
+    // The project; read it on the owning thread while no job runs.
+    const core::CTarnwickData &Data() const { return m_Data; }
+    core::CTarnwickData &Data() { return m_Data; }
+    engine::CTarnwickProcess &Process() { return m_Process; }
+
+protected:
+    // Rows of the list for the view.
+    virtual std::vector<ListRow> ListRows() const = 0;
+    virtual ControlStates ComputeControls(bool bEnable) const = 0;
+    // The parts of message handling that differ between the tabs.
+    virtual void OnScenesChanged(const engine::JobMessage &msg) = 0;
+    virtual void OnRenderJobStart() {}
+    virtual void OnRenderJobEnd() = 0;
+    virtual void RefreshInputSummary() = 0;
+    // Offset of the current scene for the position readout.
+    virtual int SceneOffset() const { return 0; }
+
+    // Rebuilds the whole list with nSelect selected.
+    void FillList(int nSelect);
+    // Rewrites every row (start frames and numbers follow a change).
+    void Renumber();
+    void SetPane(int nPane, const std::string &text);
+    void ApplyPercent(double percent);
+    // The readout lines of a position (frame of a count, offset of the current scene).
+    void UpdatePositionReadout(int nFrame, int nCount, int nSceneFirst);
+    // Runs work on a helper thread that the tab waits for before it goes; messages it sends are
+    // served meanwhile.
+    void RunHelper(std::function<void()> work);
+    void JoinHelpers();
+    // Tells the user about file: the text of string id nId with the file and the reason.
+    void ReportProblem(int nId, const std::string &file, const std::string &reason = {});
+
+    TabView &m_view;
+    core::CTarnwickData m_Data;
+    engine::CTarnwickProcess m_Process;
+    engine::LoopEndpoint m_endpoint;
+
+    ControlStates m_controls;
+    std::string m_panes[4];
+    int m_nProgress = 0;
+    double m_dMaxPercent = 0.0;
+    int m_bListEvents = 1;
+    int m_bWaitCursor = 0;
+    bool m_bStopping = false;
+    bool m_bSeeking = false;
+    std::atomic<bool> m_bPositionDrag{false};
+    std::atomic<int> m_paneLeft{0};
+    std::atomic<int> m_paneTop{0};
+    std::atomic<bool> m_bDefaultSceneMade{false};
+    JobReport m_report;
+
+private:
+    std::chrono::steady_clock::time_point m_start;
+    bool m_bTimerRunning = false;
+    bool m_bStartGuard = false;
+    std::mutex m_helperMutex; // guards m_helpers
+    std::vector<std::thread> m_helpers;
+    std::atomic<int> m_helpersRunning{0};
+};
+
+// The stage, state and elapsed-time texts the status bar shows for a time in seconds.
+std::string ElapsedText(double seconds);
+
+} // namespace workspace

@@ -1,0 +1,631 @@
+// The merge workspace: dropped files, the chosen target, the jobs, the list of whole files.
+#include "workspace/tab_merge.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
+#include <cstring>
+#include <filesystem>
+
+#include "core/helpers.h"
+#include "core/language.h"
+#include "core/merge_formats.h"
+#include "workspace/caption_edit.h"
+#include "workspace/tab_controls.h"
+#include "workspace/tab_scene.h"
+
+namespace workspace {
+namespace {
+
+std::string UnanalyzedWord()
+{
+    return core::IsJapanese() ? "未解析" : "Unanalyzed";
+}
+
+ListRow ToListRow(const MergeRowText &texts, const ListRow *previous)
+{
+    ListRow row;
+    row.columns.assign(texts.columns.begin(), texts.columns.end());
+    if (texts.bKeepStartColumns && previous != nullptr && previous->columns.size() > 8) {
+        row.columns[7] = previous->columns[7];
+        row.columns[8] = previous->columns[8];
+    }
+    row.bChecked = texts.bChecked;
+    row.textColour = texts.textColour;
+    row.backColour = texts.backColour;
+    return row;
+}
+
+} // namespace
+
+CTarnwickTabMerge::CTarnwickTabMerge(TabView &view,
+                                     engine::MessageLoop &loop,
+                                     engine::EngineHost &host)
+    : CTarnwickTab(view, loop, host, 1)
+{
+}
+
+CTarnwickTabMerge::~CTarnwickTabMerge()
+{
+    m_Process.CancelProcess();
+    JoinHelpers();
+}
+
+void CTarnwickTabMerge::ApplyChoices()
+{
+    m_Process.nSizeIndex = m_nSizeIndex;
+    m_Process.nRateIndex = m_nRateIndex;
+}
+
+void CTarnwickTabMerge::Init()
+{
+    m_Data.ResetProject(true);
+    m_nSizeIndex = kDefaultMergeSizeIndex;
+    m_nRateIndex = kDefaultMergeRateIndex;
+    ApplyChoices();
+    ResetStatusBar();
+    RefreshInputSummary();
+    UpdatePositionReadout(0, 0, 0);
+    FillList(-1);
+    ShowFields();
+    UpdateControls(true);
+    m_Process.StartQueueThread(1);
+}
+
+void CTarnwickTabMerge::NewProject()
+{
+    StopProcess();
+    m_Data.ResetProject(false);
+    m_Process.strPreviewFile = std::string();
+    m_Process.nPreviewFrame = 0;
+    m_Process.strPreviewTime = std::string("0");
+    FillList(-1);
+    UpdatePositionReadout(0, 0, 0);
+    m_view.ShowPicture("");
+    ShowFields();
+    UpdateControls(true);
+}
+
+std::string CTarnwickTabMerge::SegmentPattern() const
+{
+    const core::MergeSize size = core::MergeSizeAt(m_nSizeIndex);
+    const double fps = core::MergeRateFps(core::MergeRateAt(m_nRateIndex));
+    return core::StrPrintf(
+        "%s*_seg_%dx%d_%.02f.mp4", m_Data.output_folder.c_str(), size.width, size.height, fps);
+}
+
+std::string CTarnwickTabMerge::SegmentOf(const std::string &source) const
+{
+    const core::MergeSize size = core::MergeSizeAt(m_nSizeIndex);
+    const double fps = core::MergeRateFps(core::MergeRateAt(m_nRateIndex));
+    return core::StrPrintf("%s%s%dx%d_%.02f.mp4",
+                           m_Data.output_folder.c_str(),
+                           core::ReplaceExtension(core::FileNamePart(source), "_seg_").c_str(),
+                           size.width,
+                           size.height,
+                           fps);
+}
+
+void CTarnwickTabMerge::DropFiles(const std::vector<std::string> &paths)
+{
+    if (m_Process.IsRenderJob()) {
+        return;
+    }
+    DisableAllControls();
+    for (const std::string &path : paths) {
+        std::error_code ec;
+        if (std::filesystem::is_directory(path, ec)) {
+            ReportProblem(kIdsFolderDropped, path);
+            continue;
+        }
+        core::VideoInfo info;
+        if (m_Process.GetVideoInfoFfprobe(path, info) != 0) {
+            continue; // left out without a word, as the tab has always done
+        }
+        m_Data.input_file = path;
+        bool empty = false;
+        {
+            std::lock_guard<std::mutex> lock(m_Data.sceneLock.m);
+            empty = m_Data.diff_list.empty();
+        }
+        if (empty) {
+            if (m_Data.output_folder.empty()) {
+                const std::string folder =
+                    std::filesystem::path(path).parent_path().string() + "/conv_out/";
+                m_Data.output_folder = folder;
+            }
+            if (m_Data.output_name.empty()) {
+                const core::MergeSize size = core::MergeSizeAt(m_nSizeIndex);
+                const double fps = core::MergeRateFps(core::MergeRateAt(m_nRateIndex));
+                m_Data.output_name = core::StrPrintf(
+                    "%s%dx%d_%.02f.mp4",
+                    core::ReplaceExtension(core::FileNamePart(path), "_conv_").c_str(),
+                    size.width,
+                    size.height,
+                    fps);
+            }
+        }
+        ShowFields();
+        core::SceneEntry entry;
+        entry.bAnalyzed = false;
+        entry.bEnable = true;
+        entry.strWorkFile = path;
+        entry.fileName = SegmentOf(path);
+        {
+            std::lock_guard<std::mutex> lock(m_Data.sceneLock.m);
+            m_Data.diff_list.push_back(entry);
+            m_Data.list_idx = static_cast<int>(m_Data.diff_list.size()) - 1;
+        }
+        FillList(m_Data.list_idx);
+    }
+    RefreshInputSummary();
+    UpdateControls(true);
+}
+
+void CTarnwickTabMerge::Analysis()
+{
+    ApplyChoices();
+    StartProcess(engine::kJobSceneExtract);
+}
+
+void CTarnwickTabMerge::Convert()
+{
+    StopProcess();
+    m_bListEvents = 0;
+    ClearSegments(false);
+    m_bListEvents = 1;
+    ApplyChoices();
+    StartProcess(engine::kJobSegmentOutput);
+}
+
+void CTarnwickTabMerge::Merge()
+{
+    StopProcess();
+    ApplyChoices();
+    StartProcess(engine::kJobFinalOutput);
+}
+
+void CTarnwickTabMerge::ConvertAndMerge()
+{
+    StopProcess();
+    m_bListEvents = 0;
+    ClearSegments(false);
+    m_bListEvents = 1;
+    ApplyChoices();
+    StartProcess(engine::kJobExtractAndOutput);
+}
+
+void CTarnwickTabMerge::ResetList()
+{
+    if (!m_view.AskYesNo(3124)) {
+        return;
+    }
+    m_bListEvents = 0;
+    ClearSegments(true);
+    m_bListEvents = 1;
+}
+
+void CTarnwickTabMerge::ClearSegments(bool bEmptyList)
+{
+    if (bEmptyList) {
+        {
+            std::lock_guard<std::mutex> lock(m_Data.sceneLock.m);
+            m_Data.diff_list.clear();
+            m_Data.list_idx = -1;
+        }
+        FillList(-1);
+        ResetStatusBar();
+    }
+    ShowFields();
+    if (!m_Data.output_folder.empty()) {
+        core::DeleteByPattern(SegmentPattern());
+    }
+}
+
+void CTarnwickTabMerge::ResetSettings()
+{
+    if (!m_view.AskYesNo(3121)) {
+        return;
+    }
+    const core::CTarnwickData defaults;
+    m_Data.threshold = defaults.threshold;
+    m_Data.valid_min_unit = defaults.valid_min_unit;
+    m_Data.cut_min_unit = defaults.cut_min_unit;
+    m_nSizeIndex = kDefaultMergeSizeIndex;
+    m_nRateIndex = kDefaultMergeRateIndex;
+    ApplyChoices();
+    ShowFields();
+}
+
+void CTarnwickTabMerge::SetSizeIndex(int index)
+{
+    m_nSizeIndex = std::clamp(index, 0, core::kMergeSizeCount - 1);
+    ApplyChoices();
+    m_bListEvents = 0;
+    RefreshInputSummary();
+    Renumber();
+    m_bListEvents = 1;
+}
+
+void CTarnwickTabMerge::SetRateIndex(int index)
+{
+    m_nRateIndex = std::clamp(index, 0, core::kMergeRateCount - 1);
+    ApplyChoices();
+    m_bListEvents = 0;
+    RefreshInputSummary();
+    Renumber();
+    m_bListEvents = 1;
+}
+
+void CTarnwickTabMerge::SetTransition(bool bOn)
+{
+    m_Data.transition = bOn ? 1 : 0;
+    m_bListEvents = 0;
+    RefreshInputSummary();
+    Renumber();
+    m_bListEvents = 1;
+}
+
+void CTarnwickTabMerge::ClearOutputFolder()
+{
+    if (!m_view.AskYesNo(3118)) {
+        return;
+    }
+    core::DeleteTree(m_Data.output_folder);
+    UpdateControls(true);
+    ShowFields();
+}
+
+void CTarnwickTabMerge::ChangeOutputFolder(const std::string &oldGiven, const std::string &newGiven)
+{
+    const std::string oldFolder = oldGiven; // copies: the caller may pass output_folder
+    const std::string newFolder = newGiven;
+    if (!core::CreateFolders(newFolder)) {
+        ReportProblem(kIdsFolderNotMade, newFolder, std::strerror(errno));
+        ShowFields();
+        return;
+    }
+    auto replace = [&](std::string &text) {
+        for (size_t at = text.find(oldFolder); !oldFolder.empty() && at != std::string::npos;
+             at = text.find(oldFolder, at + newFolder.size())) {
+            text.replace(at, oldFolder.size(), newFolder);
+        }
+    };
+    replace(m_Data.pts_file);
+    {
+        std::lock_guard<std::mutex> lock(m_Data.sceneLock.m);
+        for (core::SceneEntry &entry : m_Data.diff_list) {
+            replace(entry.fileName);
+        }
+    }
+    m_Data.output_folder = newFolder;
+    UpdateControls(true);
+    ShowFields();
+}
+
+void CTarnwickTabMerge::OutputFolderConfirmed(const std::string &text)
+{
+    std::string folder = TrimText(text);
+    if (folder.empty()) {
+        return;
+    }
+    folder = core::SetTrailingSeparator(folder, true);
+    if (folder != m_Data.output_folder) {
+        ChangeOutputFolder(m_Data.output_folder, folder);
+    }
+}
+
+void CTarnwickTabMerge::OutputNameConfirmed(const std::string &text)
+{
+    const std::string name = TrimText(text);
+    if (!name.empty() && name != m_Data.output_name) {
+        m_Data.output_name = name;
+        UpdateControls(true);
+        ShowFields();
+    }
+}
+
+void CTarnwickTabMerge::BrowseOutputFolder()
+{
+    StopProcess();
+    if (std::optional<std::string> folder = m_view.ChooseFolder(3102, m_Data.output_folder)) {
+        const std::string chosen = core::SetTrailingSeparator(*folder, true);
+        if (chosen != m_Data.output_folder) {
+            ChangeOutputFolder(m_Data.output_folder, chosen);
+        }
+    }
+}
+
+void CTarnwickTabMerge::ShowInput()
+{
+    const int running = m_Process.nProcessID;
+    if (engine::IsPlaybackJobNumber(running)) {
+        StopProcess();
+    }
+    if (running != engine::kJobPlayInput) {
+        const std::string file =
+            m_Data.input_mp4_file.empty() ? m_Data.input_file : m_Data.input_mp4_file;
+        RunHelper([this, file] { m_Process.ShowFile(file, false); });
+    }
+    UpdateControls(true);
+}
+
+void CTarnwickTabMerge::ShowOutput()
+{
+    const int running = m_Process.nProcessID;
+    if (engine::IsPlaybackJobNumber(running)) {
+        StopProcess();
+    }
+    if (running != engine::kJobPlayOutput) {
+        const std::string file = m_Data.GetOutputPath();
+        RunHelper([this, file] { m_Process.ShowFile(file, false); });
+    }
+    UpdateControls(true);
+}
+
+// ---- The list ----
+
+std::vector<ListRow> CTarnwickTabMerge::ListRows() const
+{
+    const StartFrames starts = ComputeStartFrames(m_Data, ListKind::Merge);
+    const std::string word = UnanalyzedWord();
+    std::vector<ListRow> rows;
+    for (size_t i = 0; i < starts.rowStart.size(); ++i) {
+        rows.push_back(ToListRow(
+            MergeRowTexts(m_Data, static_cast<int>(i), starts.rowStart[i], word), nullptr));
+    }
+    return rows;
+}
+
+void CTarnwickTabMerge::SelectRow(int nRow, int nColumn)
+{
+    core::SceneEntry entry;
+    {
+        std::lock_guard<std::mutex> lock(m_Data.sceneLock.m);
+        if (m_bListEvents == 0 || m_Process.IsRenderJob() || nRow < 0 ||
+            nRow >= static_cast<int>(m_Data.diff_list.size())) {
+            return;
+        }
+        entry = m_Data.diff_list[nRow];
+    }
+    const bool bChanged =
+        nRow != m_Data.list_idx || entry.fileName != m_Process.strPreviewFile.get();
+    {
+        std::lock_guard<std::mutex> lock(m_Data.sceneLock.m);
+        m_Data.list_idx = nRow;
+        m_Data.nListSubItem = nColumn;
+    }
+    m_Data.input_file = entry.strWorkFile;
+    if (bChanged) {
+        ShowFields();
+    }
+    const bool bPlaying = engine::IsPlaybackJobNumber(m_Process.nProcessID);
+    if (m_nDragRow >= 0) {
+        if (bPlaying) {
+            StopProcess();
+        }
+        if (bChanged) {
+            RunHelper([this, file = entry.fileName] { m_Process.ShowFile(file, true); });
+        }
+        return;
+    }
+    if (!bChanged && m_Process.bThreadRunning) {
+        return;
+    }
+    if (bPlaying) {
+        StopProcess();
+    }
+    m_Data.viCurrent = entry.viOut;
+    m_Data.viInput = entry.viIn;
+    m_Process.strPreviewFile = entry.fileName;
+    m_Process.nPreviewFrame = 0;
+    m_Process.strPreviewTime = std::string("0");
+    UpdatePositionReadout(0, entry.viOut.frame_num, entry.framNo_first);
+    m_Process.SetPreviewImage(entry.fileName, "0", true, nRow);
+    UpdateControls(true);
+}
+
+void CTarnwickTabMerge::SetRowChecked(int nRow, bool bChecked)
+{
+    if (m_bListEvents == 0 || m_Process.IsRenderJob()) {
+        return;
+    }
+    m_bListEvents = 0;
+    if (SetChecked(m_Data, nRow, bChecked)) {
+        Renumber();
+        RefreshInputSummary();
+    }
+    m_bListEvents = 1;
+}
+
+ContextMenu CTarnwickTabMerge::ContextMenuAt(int nRow, int nColumn) const
+{
+    return workspace::ContextMenuAt(
+        m_Data, ListKind::Merge, nRow, nColumn, m_Process.IsRenderJob());
+}
+
+void CTarnwickTabMerge::DeleteRow()
+{
+    m_bListEvents = 0;
+    const ListChange change = workspace::DeleteRow(m_Data, m_Data.list_idx, ListKind::Merge);
+    if (change.bResetScenes) {
+        ClearSegments(true);
+    } else if (change.bChanged) {
+        FillList(m_Data.list_idx);
+        UpdatePositionReadout(0, change.nDeletedFrames, 0);
+        RefreshInputSummary();
+    }
+    m_bListEvents = 1;
+}
+
+void CTarnwickTabMerge::DuplicateRow()
+{
+    m_bListEvents = 0;
+    if (workspace::DuplicateRow(m_Data, m_Data.list_idx).bChanged) {
+        FillList(m_Data.list_idx);
+        RefreshInputSummary();
+    }
+    m_bListEvents = 1;
+}
+
+void CTarnwickTabMerge::BeginDrag(int nRow)
+{
+    {
+        std::lock_guard<std::mutex> lock(m_Data.sceneLock.m);
+        if (nRow < 0 || nRow >= static_cast<int>(m_Data.diff_list.size())) {
+            return;
+        }
+    }
+    if (m_Process.IsRenderJob()) {
+        return;
+    }
+    m_nDragRow = nRow;
+    SelectRow(nRow, 0);
+}
+
+void CTarnwickTabMerge::DragOver(int nHitRow, int nTopRow, int nRowsPerPage, PointerZone zone)
+{
+    if (m_nDragRow < 0) {
+        return;
+    }
+    int count = 0;
+    {
+        std::lock_guard<std::mutex> lock(m_Data.sceneLock.m);
+        count = static_cast<int>(m_Data.diff_list.size());
+    }
+    const int target = DragTargetRow(nHitRow, nTopRow, nRowsPerPage, count, zone);
+    const int after = DragToRow(m_Data, m_nDragRow, target);
+    if (after == m_nDragRow) {
+        return;
+    }
+    Renumber();
+    m_nDragRow = after;
+    SelectRow(after, 0);
+}
+
+void CTarnwickTabMerge::EndDrag()
+{
+    m_nDragRow = -1;
+}
+
+// ---- Messages and what the view shows ----
+
+void CTarnwickTabMerge::OnInputAnalysed(bool bKeepSelection)
+{
+    std::lock_guard<std::mutex> lock(m_Data.sceneLock.m);
+    if (bKeepSelection) {
+        const int count = static_cast<int>(m_Data.diff_list.size());
+        m_Data.list_idx = count == 0 ? -1 : std::clamp(m_Data.list_idx, 0, count - 1);
+    } else {
+        m_Data.diff_list.clear();
+        m_Data.list_idx = -1;
+    }
+    m_endpoint.Post({engine::AppMessage::WM_APP_SCENES_CHANGED, -1, 0, std::nullopt});
+}
+
+void CTarnwickTabMerge::OnScenesChanged(const engine::JobMessage &msg)
+{
+    UpdateControls(false);
+    const int row = static_cast<int>(msg.wParam);
+    int count = 0;
+    {
+        std::lock_guard<std::mutex> lock(m_Data.sceneLock.m);
+        count = static_cast<int>(m_Data.diff_list.size());
+    }
+    if (row < 0 || row >= count) {
+        FillList(m_Data.list_idx);
+    } else {
+        std::vector<ListRow> rows = ListRows();
+        m_view.ShowRow(row, rows[row]);
+        Renumber();
+    }
+    RefreshInputSummary();
+    UpdateControls(true);
+}
+
+FieldTexts CTarnwickTabMerge::Fields() const
+{
+    FieldTexts f;
+    f.inputPath = m_Data.input_file;
+    f.outputFolder = m_Data.output_folder;
+    f.outputName = m_Data.output_name;
+    f.bTransition = m_Data.transition != 0;
+    f.bSceneLoop = m_Data.play_scene_loop != 0;
+    f.bPlayLoop = m_Data.play_loop != 0;
+    f.nVolume = m_Data.play_vol;
+    f.nSizeIndex = m_nSizeIndex;
+    f.nRateIndex = m_nRateIndex;
+    return f;
+}
+
+ControlStates CTarnwickTabMerge::ComputeControls(bool bEnable) const
+{
+    ControlFacts f;
+    f.bEnable = bEnable;
+    f.nProcessID = m_Process.nProcessID;
+    f.bInputFile = !m_Data.input_file.empty();
+    f.bOutputFolder = !m_Data.output_folder.empty();
+    f.bOutputName = !m_Data.output_name.empty();
+    {
+        std::lock_guard<std::mutex> lock(m_Data.sceneLock.m);
+        f.bListEmpty = m_Data.diff_list.empty();
+    }
+    std::error_code ec;
+    f.bInputExists = f.bInputFile && std::filesystem::exists(m_Data.input_file, ec);
+    f.bOutputExists =
+        !m_Data.GetOutputPath().empty() && std::filesystem::exists(m_Data.GetOutputPath(), ec);
+    f.bFolderExists = std::filesystem::is_directory(m_Data.output_folder, ec);
+    f.bOutputOnShow =
+        !m_Data.GetOutputPath().empty() && m_Process.strPreviewFile.get() == m_Data.GetOutputPath();
+    return MergeTabControls(f);
+}
+
+std::string CTarnwickTabMerge::InputSummary() const
+{
+    const core::MergeRate rate = core::MergeRateAt(m_nRateIndex);
+    const core::MergeSize size = core::MergeSizeAt(m_nSizeIndex);
+    double r = core::MergeRateFps(rate);
+    int all = 0;
+    int selected = 0;
+    int n = 0;
+    {
+        std::lock_guard<std::mutex> lock(m_Data.sceneLock.m);
+        for (const core::SceneEntry &entry : m_Data.diff_list) {
+            if (!entry.bAnalyzed) {
+                continue;
+            }
+            all += entry.viOut.frame_num;
+            if (entry.bEnable) {
+                selected += entry.viOut.frame_num;
+                ++n;
+            }
+        }
+    }
+    double seconds = r > 0 ? selected / r : 0.0;
+    if (m_Data.transition != 0 && seconds > 0) {
+        seconds -= (n - 1) * m_Data.dTransitionSec;
+    }
+    if (r <= 0) {
+        r = m_Data.viCurrent.fps;
+    }
+    const int out = static_cast<int>(std::floor(seconds * r));
+    if (m_Data.viInput.frame_num <= 0) {
+        return "";
+    }
+    auto at = [r](int frames) { return r > 0 ? frames / r : 0.0; };
+    return core::StrPrintf("%s/%s Frm:%d/%d FPS:%.2f W%dxH%d",
+                           ElapsedText(at(out)).c_str(),
+                           ElapsedText(at(all)).c_str(),
+                           out,
+                           all,
+                           r,
+                           size.width,
+                           size.height);
+}
+
+void CTarnwickTabMerge::RefreshInputSummary()
+{
+    m_view.SetInputSummary(InputSummary());
+}
+
+} // namespace workspace

@@ -1,0 +1,871 @@
+// The scene workspace: its start, files and projects, jobs, value boxes and resets.
+#include "workspace/tab_scene.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+
+#include "core/app_log.h"
+#include "core/helpers.h"
+#include "core/language.h"
+#include "core/project_names.h"
+#include "workspace/scene_defaults.h"
+#include "workspace/tab_controls.h"
+
+namespace workspace {
+
+const char *const kVideoFilter =
+    "Video Files "
+    "(*.mp4;*.mov;*.mkv;*.avi;*.wmv;*.flv;*.webm;*.ts;*.m2ts;*.m2t;*.mpg;*.mpeg;*.asf;*.dat;*.3gp;"
+    "*.ogv)|*.mp4;*.mov;*.mkv;*.avi;*.wmv;*.flv;*.webm;*.ts;*.m2ts;*.m2t;*.mpg;*.mpeg;*.asf;*.dat;*"
+    ".3gp;*.ogv|MP4 Files (*.mp4)|*.mp4|MOV Files (*.mov)|*.mov|MKV Files (*.mkv)|*.mkv|AVI Files "
+    "(*.avi)|*.avi|WMV Files (*.wmv)|*.wmv|FLV Files (*.flv)|*.flv|WebM Files (*.webm)|*.webm|TS "
+    "Files (*.ts;*.m2ts;*.m2t)|*.ts;*.m2ts;*.m2t|MPEG Files (*.mpg;*.mpeg)|*.mpg;*.mpeg|ASF Files "
+    "(*.asf)|*.asf|DAT Files (*.dat)|*.dat|3GP Files (*.3gp)|*.3gp|OGV Files (*.ogv)|*.ogv|All "
+    "Files (*.*)|*.*||";
+const char *const kMp4Filter = "MP4 Files (*.mp4)|*.mp4||";
+const char *const kProjectFilter = "Project Files (*.twproj)|*.twproj||";
+
+namespace {
+
+bool Exists(const std::string &path)
+{
+    std::error_code ec;
+    return !path.empty() && std::filesystem::exists(path, ec);
+}
+
+bool IsFolder(const std::string &path)
+{
+    std::error_code ec;
+    return std::filesystem::is_directory(path, ec);
+}
+
+// The folder part of a path, with its separator; empty for a bare name.
+std::string FolderPart(const std::string &path)
+{
+    size_t slash = path.rfind('/');
+    return slash == std::string::npos ? "" : path.substr(0, slash + 1);
+}
+
+// The text as a number; text that is not one reads as 0.
+double ParseValue(const std::string &text)
+{
+    char *end = nullptr;
+    errno = 0;
+    double value = std::strtod(text.c_str(), &end);
+    return (end == text.c_str() || !std::isfinite(value)) ? 0.0 : value;
+}
+
+void ReplaceAll(std::string &text, const std::string &from, const std::string &to)
+{
+    if (from.empty()) {
+        return;
+    }
+    for (size_t at = text.find(from); at != std::string::npos;
+         at = text.find(from, at + to.size())) {
+        text.replace(at, from.size(), to);
+    }
+}
+
+} // namespace
+
+CTarnwickTabScene::CTarnwickTabScene(TabView &view,
+                                     engine::MessageLoop &loop,
+                                     engine::EngineHost &host)
+    : CTarnwickTab(view, loop, host, 0)
+{
+    m_CellValue.nType = 1;
+    m_CellValue.dStep = 1;
+}
+
+CTarnwickTabScene::~CTarnwickTabScene()
+{
+    m_Process.CancelProcess();
+    JoinHelpers();
+}
+
+void CTarnwickTabScene::Init()
+{
+    const bool keepPath = !m_Data.project_file.empty() && Exists(m_Data.project_file);
+    m_Data.ResetProject(keepPath);
+    m_CellValue = core::ParamRange{};
+    m_CellValue.nType = 1;
+    m_CellValue.dStep = 1;
+    m_bListEvents = 1;
+    m_nDragRow = -1;
+    m_captions.ResetTarget(m_Data);
+    ResetStatusBar();
+    RefreshInputSummary();
+    UpdatePositionReadout(0, 0, 0);
+    FillList(-1);
+    m_view.ShowPicture("");
+    ShowFields();
+    UpdateControls(true);
+    m_Process.StartQueueThread(0);
+}
+
+// ---- Files and projects ----
+
+int CTarnwickTabScene::OpenVideo(const std::string &given)
+{
+    const std::string path = given; // a copy: the caller may pass a field that is cleared here
+    if (path == m_Data.input_file) {
+        return 0;
+    }
+    if (!Exists(path)) {
+        ShowFields();
+        ReportProblem(kIdsFileMissing, path);
+        return -1;
+    }
+    if (IsFolder(path)) {
+        ShowFields();
+        ReportProblem(kIdsFolderDropped, path);
+        return -1;
+    }
+    core::VideoInfo probe;
+    int r = m_Process.GetVideoInfoFfprobe(path, probe);
+    if (r != 0) {
+        ShowFields();
+        ReportProblem(kIdsNotAVideo, path);
+        return r;
+    }
+    // The folder that will hold segments and working files must be possible before anything
+    // of the workspace changes.
+    const std::string folder =
+        !m_Data.output_folder.empty() ? m_Data.output_folder : path + "_out/";
+    if (!core::CreateFolders(folder)) {
+        ShowFields();
+        ReportProblem(kIdsFolderNotMade, folder, std::strerror(errno));
+        return -1;
+    }
+    m_view.SetBusyCursor(true);
+    DisableAllControls();
+    ResetStatusBar();
+    // An open that replaces one video by another stays in the same project file and output
+    // folder and keeps its watermark and title.
+    const std::string projectFile = m_Data.project_file;
+    const std::string outputFolder = m_Data.output_folder;
+    const std::string outputName = m_Data.output_name;
+    const core::CapParam watermark = m_Data.capWatermark;
+    const core::CapParam title = m_Data.capTitle;
+    ClearProject(false);
+    m_Data.project_file = projectFile;
+    m_Data.output_folder = outputFolder;
+    m_Data.output_name = outputName;
+    m_Data.capWatermark = watermark;
+    m_Data.capTitle = title;
+    core::DeriveProjectNames(m_Data, path);
+    ShowFields();
+    SaveProject(false);
+    r = AnalyzeInput(false);
+    m_view.SetBusyCursor(false);
+    return r;
+}
+
+int CTarnwickTabScene::AnalyzeInput(bool bProjectLoad)
+{
+    StartElapsedTimer();
+    m_report = JobReport{};
+    m_report.nJob = engine::kJobInputAnalysis;
+    const int r = m_Process.AnalyzeInputFile(bProjectLoad, m_Data.list_idx);
+    m_report.bFinished = true;
+    m_report.nResult = r;
+    if (r == 0) {
+        SaveProject(false);
+    }
+    StopElapsedTimer();
+    UpdateControls(true);
+    return r;
+}
+
+int CTarnwickTabScene::OpenProject(const std::string &given, bool bForce)
+{
+    const std::string path = given; // a copy: the caller may pass a field that is cleared here
+    if (path == m_Data.project_file && m_Data.bAutoSave != 0 && !bForce) {
+        return 0;
+    }
+    if (!Exists(path)) {
+        ReportProblem(kIdsFileMissing, path);
+        return -1;
+    }
+    // Read into a scratch project first: a file that cannot be read leaves the workspace as
+    // it was.
+    core::CTarnwickData scratch;
+    std::string error;
+    if (!scratch.LoadProjectFile(path, &error)) {
+        ReportProblem(kIdsProjectUnreadable, path, error);
+        UpdateControls(true);
+        return -1;
+    }
+    m_view.SetBusyCursor(true);
+    DisableAllControls();
+    if (!m_Data.project_file.empty() && m_Data.project_file != path) {
+        SaveProject(false);
+    }
+    ResetStatusBar();
+    const int autoSave = m_Data.bAutoSave;
+    const int useCuda = m_Data.bUseCuda;
+    ClearProject(false);
+    if (!m_Data.LoadProjectFile(path, &error)) {
+        ReportProblem(kIdsProjectUnreadable, path, error);
+        StopElapsedTimer();
+        UpdateControls(true);
+        m_view.SetBusyCursor(false);
+        return -1;
+    }
+    m_Data.bAutoSave = autoSave;
+    m_Data.bUseCuda = useCuda;
+    m_captions.LoadCaptionFields(m_Data);
+    ShowFields();
+    core::VideoInfo probe;
+    int r = m_Process.GetVideoInfoFfprobe(m_Data.input_file, probe);
+    if (r != 0) {
+        // The project stays loaded with its list.
+        ReportProblem(kIdsProjectInputGone, m_Data.input_file, path);
+        FillList(m_Data.list_idx);
+        UpdateControls(true);
+        m_view.SetBusyCursor(false);
+        return r;
+    }
+    r = AnalyzeInput(true);
+    m_view.SetBusyCursor(false);
+    return r;
+}
+
+void CTarnwickTabScene::SaveProject(bool bForce)
+{
+    if (m_Data.bAutoSave == 0 && !bForce) {
+        return;
+    }
+    std::string path = m_Data.project_file;
+    if (path.empty()) {
+        if (m_Data.input_file.empty()) {
+            return;
+        }
+        path = m_Data.input_file + ".twproj";
+    }
+    m_Data.SaveProjectFile(path); // the result is not looked at here: the next save tries again
+}
+
+bool CTarnwickTabScene::SaveProjectAs(const std::string &path)
+{
+    const std::string previous = m_Data.project_file;
+    if (!m_Data.SaveProjectFile(path)) {
+        m_Data.project_file = previous;
+        m_view.ShowError(core::LoadStringById(3075));
+        return false;
+    }
+    return true;
+}
+
+void CTarnwickTabScene::ClearProject(bool bUpdateControls)
+{
+    StopProcess();
+    m_Data.ResetProject(false);
+    m_CellValue = core::ParamRange{};
+    m_CellValue.nType = 1;
+    m_CellValue.dStep = 1;
+    m_bCellEdit = false;
+    m_nDragRow = -1;
+    m_captions.ResetTarget(m_Data);
+    m_Process.strPreviewFile = std::string();
+    m_Process.nPreviewFrame = 0;
+    m_Process.strPreviewTime = std::string("0");
+    m_bListEvents = 0;
+    ResetStatusBar();
+    FillList(-1);
+    RefreshInputSummary();
+    m_bListEvents = 1;
+    UpdatePositionReadout(0, 0, 0);
+    m_view.ShowPicture("");
+    ShowFields();
+    if (bUpdateControls) {
+        UpdateControls(true);
+    }
+}
+
+void CTarnwickTabScene::ResetScenes(bool bMakeDefault)
+{
+    if (bMakeDefault) {
+        workspace::MakeDefaultScene(m_Data);
+        m_CellValue = core::ParamRange{};
+        FillList(m_Data.list_idx);
+        ResetStatusBar();
+        m_captions.LoadCaptionFields(m_Data);
+        ShowFields();
+        core::DeleteByPattern(core::SegmentPattern(m_Data));
+        m_Process.EnqueueSceneCheck(m_Data.list_idx, true);
+    } else {
+        m_captions.ResetTarget(m_Data);
+        ShowFields();
+        core::DeleteByPattern(core::SegmentPattern(m_Data));
+    }
+}
+
+void CTarnwickTabScene::MarkPictureChanged()
+{
+    const int nJob = m_Process.nProcessID;
+    if (nJob == engine::kJobPlayInput || nJob == engine::kJobPlayOutput) {
+        return; // whole-file previews show no picture filters
+    }
+    if (nJob == engine::kJobPlayScenes) {
+        RunHelper([this] {
+            m_Process.CancelProcess();
+            m_Process.StartThread(engine::kJobPlayScenes);
+        });
+        return;
+    }
+    EnqueueCurrentCheck();
+}
+
+void CTarnwickTabScene::EnqueueCurrentCheck()
+{
+    bool any = false;
+    {
+        std::lock_guard<std::mutex> lock(m_Data.sceneLock.m);
+        any = !m_Data.diff_list.empty();
+    }
+    if (any) {
+        m_Process.EnqueueSceneCheck(m_Data.list_idx, true);
+    }
+}
+
+void CTarnwickTabScene::ChangeOutputFolder(const std::string &oldGiven, const std::string &newGiven)
+{
+    const std::string oldFolder = oldGiven; // copies: the caller may pass output_folder
+    const std::string newFolder = newGiven;
+    if (!core::CreateFolders(newFolder)) {
+        ReportProblem(kIdsFolderNotMade, newFolder, std::strerror(errno));
+        ShowFields();
+        return;
+    }
+    ReplaceAll(m_Data.input_mp4_file, oldFolder, newFolder);
+    ReplaceAll(m_Data.pts_file, oldFolder, newFolder);
+    {
+        std::lock_guard<std::mutex> lock(m_Data.sceneLock.m);
+        for (core::SceneEntry &entry : m_Data.diff_list) {
+            ReplaceAll(entry.fileName, oldFolder, newFolder);
+        }
+    }
+    m_Data.output_folder = newFolder;
+    SaveProject(false);
+    OpenProject(std::string(m_Data.project_file), true);
+    UpdateControls(true);
+    ShowFields();
+}
+
+void CTarnwickTabScene::DropFiles(const std::vector<std::string> &paths)
+{
+    if (m_Process.IsRenderJob()) {
+        return;
+    }
+    for (const std::string &dropped : paths) {
+        if (IsFolder(dropped)) {
+            ReportProblem(kIdsFolderDropped, dropped);
+            continue;
+        }
+        if (!Exists(dropped)) {
+            ReportProblem(kIdsFileMissing, dropped);
+            continue;
+        }
+        std::string path = dropped;
+        const size_t dot = path.rfind('.');
+        std::string ext = dot == std::string::npos ? "" : path.substr(dot);
+        std::transform(ext.begin(), ext.end(), ext.begin(), [](unsigned char c) {
+            return static_cast<char>(std::tolower(c));
+        });
+        bool bProject = ext == ".twproj";
+        if (!bProject && Exists(path + ".twproj")) {
+            path += ".twproj";
+            bProject = true;
+        }
+        StopProcess();
+        if (bProject && OpenProject(path, false) == 0) {
+            return;
+        }
+        if (path != dropped) {
+            // A sibling project that failed falls back to opening the video fresh.
+            ClearProject(false);
+            OpenVideo(dropped);
+        } else if (!bProject) {
+            ClearProject(false);
+            OpenVideo(dropped);
+        }
+        return;
+    }
+}
+
+// ---- Commands of the controls ----
+
+void CTarnwickTabScene::BrowseInput()
+{
+    StopProcess();
+    FileChoice choice;
+    choice.kind = FileChoice::Kind::OpenVideo;
+    choice.nTitleId = 3100;
+    choice.filter = kVideoFilter;
+    choice.initialPath = m_Data.input_file;
+    choice.bMustExist = true;
+    if (std::optional<std::string> path = m_view.ChooseFile(choice)) {
+        OpenVideo(*path);
+    }
+}
+
+void CTarnwickTabScene::InputPathConfirmed(const std::string &text)
+{
+    const std::string path = TrimText(text);
+    if (!path.empty()) {
+        OpenVideo(path);
+    }
+}
+
+void CTarnwickTabScene::BrowseOutputFolder()
+{
+    StopProcess();
+    if (std::optional<std::string> folder = m_view.ChooseFolder(3102, m_Data.output_folder)) {
+        const std::string chosen = core::SetTrailingSeparator(*folder, true);
+        if (chosen != m_Data.output_folder) {
+            ChangeOutputFolder(m_Data.output_folder, chosen);
+        }
+    }
+}
+
+void CTarnwickTabScene::OutputFolderConfirmed(const std::string &text)
+{
+    std::string folder = TrimText(text);
+    if (folder.empty()) {
+        return;
+    }
+    folder = core::SetTrailingSeparator(folder, true);
+    if (folder != m_Data.output_folder) {
+        ChangeOutputFolder(m_Data.output_folder, folder);
+    }
+}
+
+void CTarnwickTabScene::ChooseOutputFile()
+{
+    StopProcess();
+    FileChoice choice;
+    choice.kind = FileChoice::Kind::SaveOutput;
+    choice.nTitleId = 3127;
+    choice.filter = kMp4Filter;
+    choice.defaultExt = "mp4";
+    choice.initialPath = m_Data.GetOutputPath();
+    choice.bAskOverwrite = true;
+    std::optional<std::string> path = m_view.ChooseFile(choice);
+    if (!path || *path == m_Data.GetOutputPath()) {
+        return;
+    }
+    m_Data.output_name = core::FileNamePart(*path);
+    const std::string folder = FolderPart(*path);
+    if (!folder.empty() && folder != m_Data.output_folder) {
+        ChangeOutputFolder(m_Data.output_folder, folder);
+        return;
+    }
+    SaveProject(false);
+    OpenProject(std::string(m_Data.project_file), true);
+    UpdateControls(true);
+    ShowFields();
+}
+
+void CTarnwickTabScene::OutputNameConfirmed(const std::string &text)
+{
+    const std::string name = TrimText(text);
+    if (name.empty() || name == m_Data.output_name) {
+        return;
+    }
+    m_Data.output_name = name;
+    SaveProject(false);
+    OpenProject(std::string(m_Data.project_file), true);
+    UpdateControls(true);
+    ShowFields();
+}
+
+void CTarnwickTabScene::ClearOutputFolder()
+{
+    if (!m_view.AskYesNo(3118)) {
+        return;
+    }
+    core::DeleteTree(m_Data.output_folder);
+    OpenProject(std::string(m_Data.project_file), true);
+    UpdateControls(true);
+}
+
+void CTarnwickTabScene::OpenProjectDialog()
+{
+    StopProcess();
+    FileChoice choice;
+    choice.kind = FileChoice::Kind::OpenProject;
+    choice.nTitleId = 3098;
+    choice.filter = kProjectFilter;
+    choice.defaultExt = "twproj";
+    choice.initialPath = m_Data.project_file;
+    choice.bMustExist = true;
+    if (std::optional<std::string> path = m_view.ChooseFile(choice)) {
+        OpenProject(*path, false);
+    }
+}
+
+void CTarnwickTabScene::SaveProjectAsDialog()
+{
+    FileChoice choice;
+    choice.kind = FileChoice::Kind::SaveProject;
+    choice.nTitleId = 3099;
+    choice.filter = kProjectFilter;
+    choice.defaultExt = "twproj";
+    choice.initialPath = m_Data.project_file;
+    choice.bAskOverwrite = true;
+    if (std::optional<std::string> path = m_view.ChooseFile(choice)) {
+        SaveProjectAs(*path);
+    }
+}
+
+void CTarnwickTabScene::ExtractScenes()
+{
+    StopProcess();
+    m_bListEvents = 0;
+    {
+        std::lock_guard<std::mutex> lock(m_Data.sceneLock.m);
+        m_Data.diff_list.clear();
+        m_Data.list_idx = -1;
+    }
+    m_CellValue = core::ParamRange{};
+    UpdateControls(false);
+    FillList(-1);
+    UpdateControls(true);
+    ResetScenes(false);
+    m_bListEvents = 1;
+    StartProcess(engine::kJobSceneExtract);
+}
+
+void CTarnwickTabScene::ExtractAndOutput()
+{
+    StopProcess();
+    m_bListEvents = 0;
+    {
+        std::lock_guard<std::mutex> lock(m_Data.sceneLock.m);
+        m_Data.diff_list.clear();
+        m_Data.list_idx = -1;
+    }
+    m_CellValue = core::ParamRange{};
+    UpdateControls(false);
+    FillList(-1);
+    UpdateControls(true);
+    ResetScenes(false);
+    m_bListEvents = 1;
+    StartProcess(engine::kJobExtractAndOutput);
+}
+
+void CTarnwickTabScene::SegmentOutput()
+{
+    StopProcess();
+    {
+        std::lock_guard<std::mutex> lock(m_Data.sceneLock.m);
+        m_Data.list_idx = -1;
+    }
+    StartProcess(engine::kJobSegmentOutput);
+}
+
+void CTarnwickTabScene::FinalOutput()
+{
+    const int running = m_Process.nProcessID;
+    StopProcess();
+    if (running != engine::kJobFinalOutput) {
+        StartProcess(engine::kJobFinalOutput);
+    }
+}
+
+void CTarnwickTabScene::ShowInput()
+{
+    const int running = m_Process.nProcessID;
+    if (engine::IsPlaybackJobNumber(running)) {
+        StopProcess();
+    }
+    if (running != engine::kJobPlayInput) {
+        const std::string file =
+            m_Data.input_mp4_file.empty() ? m_Data.input_file : m_Data.input_mp4_file;
+        RunHelper([this, file] { m_Process.ShowFile(file, false); });
+    }
+    UpdateControls(true);
+}
+
+void CTarnwickTabScene::ShowOutput()
+{
+    const int running = m_Process.nProcessID;
+    if (engine::IsPlaybackJobNumber(running)) {
+        StopProcess();
+    }
+    if (running != engine::kJobPlayOutput) {
+        const std::string file = m_Data.GetOutputPath();
+        RunHelper([this, file] { m_Process.ShowFile(file, false); });
+    }
+    UpdateControls(true);
+}
+
+void CTarnwickTabScene::SetTransition(bool bOn)
+{
+    m_bListEvents = 0;
+    m_Data.transition = bOn ? 1 : 0;
+    RefreshInputSummary();
+    Renumber();
+    SaveProject(false);
+    m_bListEvents = 1;
+}
+
+void CTarnwickTabScene::SetCinemaScope(bool bOn)
+{
+    m_Data.cine_sco = bOn ? 1 : 0;
+    MarkPictureChanged();
+    SaveProject(false);
+}
+
+void CTarnwickTabScene::SetPrimaries(bool bOn)
+{
+    m_Data.primaries = bOn ? 1 : 0;
+    MarkPictureChanged();
+    SaveProject(false);
+}
+
+void CTarnwickTabScene::SetSceneLoop(bool bOn)
+{
+    m_Data.play_scene_loop = bOn ? 1 : 0;
+    SaveProject(false);
+}
+
+void CTarnwickTabScene::SetPlayLoop(bool bOn)
+{
+    m_Data.play_loop = bOn ? 1 : 0;
+    SaveProject(false);
+}
+
+core::ParamRange &CTarnwickTabScene::Value(ValueField field)
+{
+    switch (field) {
+    case ValueField::Threshold:
+        return m_Data.threshold;
+    case ValueField::ValidMinUnit:
+        return m_Data.valid_min_unit;
+    case ValueField::CutMinUnit:
+        return m_Data.cut_min_unit;
+    case ValueField::Brightness:
+        return m_Data.brightness;
+    case ValueField::Saturation:
+        return m_Data.saturation;
+    case ValueField::Contrast:
+        return m_Data.contrast;
+    default:
+        return m_Data.gamma;
+    }
+}
+
+void CTarnwickTabScene::ValueChanged(ValueField field)
+{
+    ShowFields();
+    if (field == ValueField::Brightness || field == ValueField::Saturation ||
+        field == ValueField::Contrast || field == ValueField::Gamma) {
+        MarkPictureChanged();
+    }
+    SaveProject(false);
+}
+
+void CTarnwickTabScene::CommitValue(ValueField field, const std::string &text)
+{
+    if (m_bValueGuard) {
+        return;
+    }
+    core::ParamRange &param = Value(field);
+    const std::string trimmed = TrimText(text);
+    if (trimmed == param.strText) {
+        return;
+    }
+    m_bValueGuard = true;
+    param.dValue = std::clamp(ParseValue(trimmed), param.dMin, param.dMax);
+    core::UpdateParamText(param);
+    ValueChanged(field);
+    m_bValueGuard = false;
+}
+
+void CTarnwickTabScene::SpinValue(ValueField field, int direction)
+{
+    if (m_bValueGuard) {
+        return;
+    }
+    m_bValueGuard = true;
+    core::ParamRange &param = Value(field);
+    param.dValue = std::clamp(
+        param.dValue + (direction > 0 ? param.dStep : -param.dStep), param.dMin, param.dMax);
+    core::UpdateParamText(param);
+    ValueChanged(field);
+    m_bValueGuard = false;
+}
+
+void CTarnwickTabScene::ResetScanSettings()
+{
+    if (!m_view.AskYesNo(3121)) {
+        return;
+    }
+    const core::CTarnwickData defaults;
+    m_Data.threshold = defaults.threshold;
+    m_Data.valid_min_unit = defaults.valid_min_unit;
+    m_Data.cut_min_unit = defaults.cut_min_unit;
+    ShowFields();
+    SaveProject(false);
+}
+
+void CTarnwickTabScene::ResetPicture()
+{
+    if (!m_view.AskYesNo(3122)) {
+        return;
+    }
+    const core::CTarnwickData defaults;
+    m_Data.brightness = defaults.brightness;
+    m_Data.saturation = defaults.saturation;
+    m_Data.contrast = defaults.contrast;
+    m_Data.gamma = defaults.gamma;
+    m_Data.cine_sco = 0;
+    m_Data.primaries = 0;
+    ShowFields();
+    MarkPictureChanged();
+    SaveProject(false);
+}
+
+void CTarnwickTabScene::ResetSceneList()
+{
+    if (!m_view.AskYesNo(3124)) {
+        return;
+    }
+    m_bListEvents = 0;
+    ResetScenes(true);
+    SaveProject(false);
+    m_bListEvents = 1;
+}
+
+void CTarnwickTabScene::AutoPicture()
+{
+    const int running = m_Process.nProcessID;
+    const std::string path =
+        m_Data.input_mp4_file.empty() ? m_Data.input_file : m_Data.input_mp4_file;
+    RunHelper([this, running, path] {
+        if (running == engine::kJobPlayScenes) {
+            m_Process.CancelProcess();
+        }
+        m_endpoint.Send({engine::AppMessage::WM_APP_ANALYSIS_BUSY, 0, 0, std::nullopt});
+        const int r = m_Process.AnalyzeVideoEQParams(path, 10);
+        if (r == 0) {
+            SaveProject(false);
+        }
+        m_endpoint.Send({engine::AppMessage::WM_APP_ANALYSIS_BUSY, 1, 0, std::nullopt});
+        if (r != 0) {
+            return;
+        }
+        if (!engine::IsPlaybackJobNumber(running)) {
+            m_Process.CancelProcess();
+            m_Process.EnqueueSceneCheck(m_Data.list_idx, true);
+        } else if (running == engine::kJobPlayScenes) {
+            m_Process.StartThread(engine::kJobPlayScenes);
+        }
+    });
+}
+
+// ---- What the view shows ----
+
+FieldTexts CTarnwickTabScene::Fields() const
+{
+    FieldTexts f;
+    f.inputPath = m_Data.input_file;
+    f.outputFolder = m_Data.output_folder;
+    f.outputName = m_Data.output_name;
+    f.threshold = m_Data.threshold.strText;
+    f.validMinUnit = m_Data.valid_min_unit.strText;
+    f.cutMinUnit = m_Data.cut_min_unit.strText;
+    f.brightness = m_Data.brightness.strText;
+    f.saturation = m_Data.saturation.strText;
+    f.contrast = m_Data.contrast.strText;
+    f.gamma = m_Data.gamma.strText;
+    f.bCinemaScope = m_Data.cine_sco != 0;
+    f.bPrimaries = m_Data.primaries != 0;
+    f.bTransition = m_Data.transition != 0;
+    f.bSceneLoop = m_Data.play_scene_loop != 0;
+    f.bPlayLoop = m_Data.play_loop != 0;
+    f.nVolume = m_Data.play_vol;
+    f.captionText = m_captions.m_strCaptionText;
+    f.captionStart = m_captions.m_strCaptionStart;
+    f.captionEnd = m_captions.m_strCaptionEnd;
+    f.nCaptionPosition = m_captions.m_Caption.cap_pos_type;
+    return f;
+}
+
+ControlStates CTarnwickTabScene::ComputeControls(bool bEnable) const
+{
+    ControlFacts f;
+    f.bEnable = bEnable;
+    f.nProcessID = m_Process.nProcessID;
+    f.bInputFile = !m_Data.input_file.empty();
+    f.bOutputFolder = !m_Data.output_folder.empty();
+    f.bOutputName = !m_Data.output_name.empty();
+    {
+        std::lock_guard<std::mutex> lock(m_Data.sceneLock.m);
+        f.bListEmpty = m_Data.diff_list.empty();
+    }
+    f.bInputExists = Exists(m_Data.input_file);
+    f.bOutputExists = Exists(m_Data.GetOutputPath());
+    f.bFolderExists = IsFolder(m_Data.output_folder);
+    f.bOutputOnShow =
+        !m_Data.GetOutputPath().empty() && m_Process.strPreviewFile.get() == m_Data.GetOutputPath();
+    f.bAnyCaption = AnySceneCaption(m_Data);
+    f.nCaptionTarget = m_captions.m_nCaptionTarget;
+    f.width = m_Data.viCurrent.width;
+    f.height = m_Data.viCurrent.height;
+    f.rotation = m_Data.viCurrent.rotation;
+    return SceneTabControls(f);
+}
+
+std::string CTarnwickTabScene::InputSummary() const
+{
+    int selected = 0;
+    int n = 0;
+    {
+        std::lock_guard<std::mutex> lock(m_Data.sceneLock.m);
+        for (const core::SceneEntry &entry : m_Data.diff_list) {
+            if (entry.bEnable) {
+                selected += entry.framNo_second - entry.framNo_first + 1;
+                ++n;
+            }
+        }
+    }
+    const core::VideoInfo &in = m_Data.viInput;
+    const double fpsNow = m_Data.viCurrent.fps;
+    double seconds = selected > 0 && in.fps > 0 ? selected / in.fps : 0.0;
+    if (m_Data.transition != 0 && seconds > 0) {
+        seconds -= (n - 1) * m_Data.dTransitionSec;
+    }
+    const int out = static_cast<int>(std::floor(seconds * fpsNow));
+    int width = in.width;
+    int height = in.height;
+    if (in.rotation == 90 || in.rotation == -90) {
+        std::swap(width, height);
+    }
+    if (in.frame_num <= 0) {
+        return "";
+    }
+    auto at = [fpsNow](int frame) { return fpsNow > 0 ? frame / fpsNow : 0.0; };
+    return core::StrPrintf("%s/%s Frm:%d/%d FPS:%.2f W%dxH%d",
+                           ElapsedText(at(out)).c_str(),
+                           ElapsedText(at(in.frame_num)).c_str(),
+                           out,
+                           in.frame_num,
+                           in.fps,
+                           width,
+                           height);
+}
+
+void CTarnwickTabScene::RefreshInputSummary()
+{
+    m_view.SetInputSummary(InputSummary());
+    m_Data.UpdateTitle();
+}
+
+} // namespace workspace

@@ -1,0 +1,158 @@
+// The scene workspace as a model of state and commands: one video turned into a list of
+// scenes and one finished film. The window's widgets and the command line are views of it.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "workspace/caption_edit.h"
+#include "workspace/scene_list.h"
+#include "workspace/tab_base.h"
+
+namespace workspace {
+
+// The ranged values of the tab, for the commit and spin commands.
+enum class ValueField {
+    Threshold,
+    ValidMinUnit,
+    CutMinUnit,
+    Brightness,
+    Saturation,
+    Contrast,
+    Gamma
+};
+
+// String ids of the messages the model shows through TabView::ShowError; each takes the file.
+inline constexpr int kIdsFileMissing = 3200;
+inline constexpr int kIdsNotAVideo = 3201;
+inline constexpr int kIdsFolderDropped = 3202;
+inline constexpr int kIdsProjectUnreadable = 3203;
+inline constexpr int kIdsProjectInputGone = 3204;
+inline constexpr int kIdsFolderNotMade = 3205;
+
+// The video file chooser's filter and the finished film's.
+extern const char *const kVideoFilter;
+extern const char *const kMp4Filter;
+extern const char *const kProjectFilter;
+
+class CTarnwickTabScene : public CTarnwickTab
+{
+public:
+    CTarnwickTabScene(TabView &view, engine::MessageLoop &loop, engine::EngineHost &host);
+    ~CTarnwickTabScene() override;
+
+    // The tab's start: an empty project (keeping project_file when that file exists), the
+    // status bar, list, fields and controls shown, and the engine's queue thread started.
+    void Init();
+
+    // ---- Files and projects ----
+    // 0 on success; -1 when the file does not exist; else the failing step's result.
+    int OpenVideo(const std::string &given);
+    // 0 on success; -1 when the file does not exist or cannot be read; else the analysis' result.
+    int OpenProject(const std::string &given, bool bForce);
+    void SaveProject(bool bForce);
+    // Save as: false when the file could not be written (project_file keeps its value).
+    bool SaveProjectAs(const std::string &path);
+    void ClearProject(bool bUpdateControls);
+    void ResetScenes(bool bMakeDefault);
+    void MarkPictureChanged();
+    void ChangeOutputFolder(const std::string &oldFolder, const std::string &newFolder);
+    // Dropped files: the first that can be read counts.
+    void DropFiles(const std::vector<std::string> &paths);
+
+    // ---- Commands of the controls ----
+    void BrowseInput();
+    void InputPathConfirmed(const std::string &text);
+    void BrowseOutputFolder();
+    void OutputFolderConfirmed(const std::string &text);
+    void ChooseOutputFile();
+    void OutputNameConfirmed(const std::string &text);
+    void ClearOutputFolder();
+    void OpenProjectDialog();
+    void SaveProjectAsDialog();
+    void ExtractScenes();
+    void ExtractAndOutput();
+    void SegmentOutput();
+    void FinalOutput();
+    void ShowInput();
+    void ShowOutput();
+    void SetTransition(bool bOn);
+    void SetCinemaScope(bool bOn);
+    void SetPrimaries(bool bOn);
+    void SetSceneLoop(bool bOn);
+    void SetPlayLoop(bool bOn);
+    // A value box committed: trimmed, parsed, clamped, shown in its normal form, saved.
+    void CommitValue(ValueField field, const std::string &text);
+    // A spin button: one step up (direction > 0) or down.
+    void SpinValue(ValueField field, int direction);
+    void ResetScanSettings();
+    void ResetPicture();
+    void ResetSceneList();
+    void AutoPicture();
+
+    // ---- The scene list ----
+    void SelectRow(int nRow, int nColumn);
+    void SetRowChecked(int nRow, bool bChecked);
+    // Whether a cell editor is open, with its bounds and text.
+    bool CellEditOpen() const { return m_bCellEdit; }
+    const core::ParamRange &CellValue() const { return m_CellValue; }
+    void OnCellEdited(const std::string &text);
+    ContextMenu ContextMenuAt(int nRow, int nColumn) const;
+    void SplitRow();
+    void DeleteRow();
+    void DuplicateRow();
+    void BeginDrag(int nRow);
+    void DragOver(int nHitRow, int nTopRow, int nRowsPerPage, PointerZone zone);
+    void EndDrag();
+    int DragRow() const { return m_nDragRow; }
+
+    // ---- Captions ----
+    void NextCaptionTarget();
+    void CaptionTextConfirmed(const std::string &text);
+    void CaptionStartConfirmed(const std::string &text);
+    void CaptionEndConfirmed(const std::string &text);
+    void StepCaptionStart(int direction);
+    void StepCaptionEnd(int direction);
+    void CaptionPositionChanged(int index);
+    void ChooseFont(const FontChoice &font);
+    FontChoice FontDialogSeed() const { return m_captions.FontDialogSeed(); }
+    void ResetCaptions();
+    void AutoCaptions();
+    const CaptionEditor &Captions() const { return m_captions; }
+
+    // ---- engine::EngineTab ----
+    void OnInputAnalysed(bool bKeepSelection) override;
+
+    FieldTexts Fields() const override;
+    std::vector<ListRow> ListRows() const override;
+    std::string InputSummary() const;
+
+protected:
+    ControlStates ComputeControls(bool bEnable) const override;
+    void OnScenesChanged(const engine::JobMessage &msg) override;
+    void OnRenderJobStart() override { SaveProject(false); }
+    void OnRenderJobEnd() override { SaveProject(false); }
+    void RefreshInputSummary() override;
+    int SceneOffset() const override;
+
+private:
+    core::ParamRange &Value(ValueField field);
+    // The value's tail: normal form shown, picture values mark the segment stale, saved.
+    void ValueChanged(ValueField field);
+    // After a caption command that changed something.
+    void CaptionChanged();
+    void EnqueueCurrentCheck();
+    void RebuildListLocked(int nSelect);
+    void DeleteFiles(const std::vector<std::string> &files);
+    // Runs the input analysis and what follows it for OpenVideo and OpenProject.
+    int AnalyzeInput(bool bProjectLoad);
+
+    CaptionEditor m_captions;
+    core::ParamRange m_CellValue;
+    bool m_bCellEdit = false;
+    int m_nDragRow = -1;
+    bool m_bValueGuard = false;
+};
+
+} // namespace workspace

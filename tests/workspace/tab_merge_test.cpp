@@ -1,0 +1,139 @@
+// The merge workspace model: names, choices, list commands and drops.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "support/recording_view.h"
+#include "support/test_support.h"
+#include "workspace/tab_merge.h"
+
+using testsupport::TempDir;
+using workspace::CTarnwickTabMerge;
+
+namespace {
+
+struct MergeRig : testsupport::TabRig
+{
+    MergeRig()
+        : tab(view, loop, host)
+    {
+        host.SetTabs(nullptr, &tab);
+        host.SetActiveTab(1);
+        tab.Init();
+    }
+    CTarnwickTabMerge tab;
+};
+
+std::string Clip(const TempDir &dir, const std::string &name)
+{
+    const std::string path = dir.file(name);
+    testsupport::MakeClip(path, "testsrc2=size=160x120:rate=25:duration=1");
+    return path;
+}
+
+} // namespace
+
+TEST(MergeTab, FirstDropIntoAnEmptyTabMakesTheDefaultFolderAndName)
+{
+    TempDir dir;
+    MergeRig rig;
+    const std::string a = Clip(dir, "a.mp4");
+    rig.tab.DropFiles({a});
+    EXPECT_EQ(rig.tab.Data().output_folder, dir.path() + "/conv_out/");
+    EXPECT_EQ(rig.tab.Data().output_name, "a_conv_1920x1080_59.94.mp4");
+    ASSERT_EQ(rig.view.rows.size(), 1u);
+    EXPECT_EQ(rig.view.rows[0].columns[2], "Unanalyzed");
+    EXPECT_EQ(rig.tab.Data().diff_list[0].fileName,
+              dir.path() + "/conv_out/a_seg_1920x1080_59.94.mp4");
+}
+
+TEST(MergeTab, ChangingTheRateLaterDoesNotRename)
+{
+    TempDir dir;
+    MergeRig rig;
+    rig.tab.DropFiles({Clip(dir, "a.mp4")});
+    rig.tab.SetRateIndex(5);
+    EXPECT_EQ(rig.tab.Data().output_name, "a_conv_1920x1080_59.94.mp4");
+    EXPECT_EQ(rig.tab.Data().diff_list[0].fileName,
+              dir.path() + "/conv_out/a_seg_1920x1080_59.94.mp4");
+    rig.tab.DropFiles({Clip(dir, "b.mp4")});
+    EXPECT_EQ(rig.tab.Data().diff_list[1].fileName,
+              dir.path() + "/conv_out/b_seg_1920x1080_29.97.mp4");
+}
+
+TEST(MergeTab, AFileThatTheProbeRefusesLeavesNoRow)
+{
+    TempDir dir;
+    MergeRig rig;
+    const std::string text = dir.file("notes.txt");
+    ASSERT_TRUE(testsupport::WriteFile(text, "not a video"));
+    rig.tab.DropFiles({text, Clip(dir, "a.mp4")});
+    ASSERT_EQ(rig.tab.Data().diff_list.size(), 1u);
+    EXPECT_EQ(rig.tab.Data().diff_list[0].strWorkFile, dir.file("a.mp4"));
+}
+
+TEST(MergeTab, AfterAResetOfTheSettingsBothListsShowIndexThree)
+{
+    MergeRig rig;
+    rig.tab.SetSizeIndex(0);
+    rig.tab.SetRateIndex(7);
+    rig.tab.ResetSettings();
+    EXPECT_EQ(rig.view.fields.nSizeIndex, 3);
+    EXPECT_EQ(rig.view.fields.nRateIndex, 3);
+    EXPECT_EQ(rig.tab.Process().nSizeIndex, 3);
+}
+
+TEST(MergeTab, DeletingTheLastRowEmptiesTheListAndRemovesTheTargetsSegments)
+{
+    TempDir dir;
+    MergeRig rig;
+    rig.tab.DropFiles({Clip(dir, "a.mp4")});
+    std::filesystem::create_directories(rig.tab.Data().output_folder);
+    const std::string segment = rig.tab.Data().diff_list[0].fileName;
+    const std::string other = rig.tab.Data().output_folder + "a_seg_1280x720_59.94.mp4";
+    ASSERT_TRUE(testsupport::WriteFile(segment, "x"));
+    ASSERT_TRUE(testsupport::WriteFile(other, "x"));
+    rig.tab.DeleteRow();
+    EXPECT_TRUE(rig.tab.Data().diff_list.empty());
+    EXPECT_TRUE(rig.view.rows.empty());
+    EXPECT_FALSE(std::filesystem::exists(segment));
+    EXPECT_TRUE(std::filesystem::exists(other)); // other targets' segments stay
+}
+
+TEST(MergeTab, AFastDragFromRowOneToRowFiveSwapsOnlyThoseTwo)
+{
+    TempDir dir;
+    MergeRig rig;
+    const std::string clip = Clip(dir, "a.mp4");
+    std::vector<std::string> files;
+    for (int i = 1; i <= 6; ++i) {
+        const std::string copy = dir.file("f" + std::to_string(i) + ".mp4");
+        std::filesystem::copy_file(clip, copy);
+        files.push_back(copy);
+    }
+    rig.tab.DropFiles(files);
+    rig.tab.BeginDrag(0);
+    rig.tab.DragOver(4, 0, 10, workspace::PointerZone::Inside);
+    rig.tab.EndDrag();
+    std::vector<std::string> order;
+    for (const core::SceneEntry &entry : rig.tab.Data().diff_list) {
+        order.push_back(std::filesystem::path(entry.strWorkFile).filename().string());
+    }
+    EXPECT_EQ(
+        order,
+        (std::vector<std::string>{"f5.mp4", "f2.mp4", "f3.mp4", "f4.mp4", "f1.mp4", "f6.mp4"}));
+    EXPECT_EQ(rig.tab.DragRow(), -1);
+}
+
+TEST(MergeTab, AnalysisJobFillsTheRowsThroughItsMessages)
+{
+    TempDir dir;
+    MergeRig rig;
+    rig.tab.DropFiles({Clip(dir, "a.mp4"), Clip(dir, "b.mp4")});
+    rig.tab.Analysis();
+    testsupport::WaitForJob(rig.loop, rig.tab);
+    EXPECT_EQ(rig.tab.LastJob().nResult, 0);
+    ASSERT_EQ(rig.view.rows.size(), 2u);
+    EXPECT_EQ(rig.view.rows[0].columns[2], "160 x 120");
+    EXPECT_EQ(rig.view.rows[1].columns[7], rig.view.rows[0].columns[5]);
+}
