@@ -226,6 +226,31 @@ void CTarnwickTab::JoinHelpers()
     }
 }
 
+void ReplaceFolderText(std::string &text,
+                       const std::string &oldFolder,
+                       const std::string &newFolder)
+{
+    if (oldFolder.empty()) {
+        return;
+    }
+    for (size_t at = text.find(oldFolder); at != std::string::npos;
+         at = text.find(oldFolder, at + newFolder.size())) {
+        text.replace(at, oldFolder.size(), newFolder);
+    }
+}
+
+void CTarnwickTab::ShowWholeFile(int nButtonJob, const std::string &file)
+{
+    const int running = m_Process.nProcessID;
+    if (engine::IsPlaybackJobNumber(running)) {
+        StopProcess();
+    }
+    if (running != nButtonJob) {
+        RunHelper([this, file] { m_Process.ShowFile(file, false); });
+    }
+    UpdateControls(true);
+}
+
 void CTarnwickTab::ReportProblem(int nId, const std::string &file, const std::string &reason)
 {
     std::string text = core::StrPrintf(core::LoadStringById(nId).c_str(), file.c_str());

@@ -133,6 +133,9 @@ protected:
     // served meanwhile.
     void RunHelper(std::function<void()> work);
     void JoinHelpers();
+    // The show-input and show-output buttons: a running playback stops; unless it was the
+    // button's own job (nButtonJob), file stands on show as a still at its stored position.
+    void ShowWholeFile(int nButtonJob, const std::string &file);
     // Tells the user about file: the text of string id nId with the file and the reason.
     void ReportProblem(int nId, const std::string &file, const std::string &reason = {});
 
@@ -163,6 +166,11 @@ private:
     std::vector<std::thread> m_helpers;
     std::atomic<int> m_helpersRunning{0};
 };
+
+// Replaces every occurrence of oldFolder in text by newFolder.
+void ReplaceFolderText(std::string &text,
+                       const std::string &oldFolder,
+                       const std::string &newFolder);
 
 // The stage, state and elapsed-time texts the status bar shows for a time in seconds.
 std::string ElapsedText(double seconds);

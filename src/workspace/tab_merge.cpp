@@ -285,17 +285,11 @@ void CTarnwickTabMerge::ChangeOutputFolder(const std::string &oldGiven, const st
         ShowFields();
         return;
     }
-    auto replace = [&](std::string &text) {
-        for (size_t at = text.find(oldFolder); !oldFolder.empty() && at != std::string::npos;
-             at = text.find(oldFolder, at + newFolder.size())) {
-            text.replace(at, oldFolder.size(), newFolder);
-        }
-    };
-    replace(m_Data.pts_file);
+    ReplaceFolderText(m_Data.pts_file, oldFolder, newFolder);
     {
         std::lock_guard<std::mutex> lock(m_Data.sceneLock.m);
         for (core::SceneEntry &entry : m_Data.diff_list) {
-            replace(entry.fileName);
+            ReplaceFolderText(entry.fileName, oldFolder, newFolder);
         }
     }
     m_Data.output_folder = newFolder;
@@ -338,29 +332,13 @@ void CTarnwickTabMerge::BrowseOutputFolder()
 
 void CTarnwickTabMerge::ShowInput()
 {
-    const int running = m_Process.nProcessID;
-    if (engine::IsPlaybackJobNumber(running)) {
-        StopProcess();
-    }
-    if (running != engine::kJobPlayInput) {
-        const std::string file =
-            m_Data.input_mp4_file.empty() ? m_Data.input_file : m_Data.input_mp4_file;
-        RunHelper([this, file] { m_Process.ShowFile(file, false); });
-    }
-    UpdateControls(true);
+    ShowWholeFile(engine::kJobPlayInput,
+                  m_Data.input_mp4_file.empty() ? m_Data.input_file : m_Data.input_mp4_file);
 }
 
 void CTarnwickTabMerge::ShowOutput()
 {
-    const int running = m_Process.nProcessID;
-    if (engine::IsPlaybackJobNumber(running)) {
-        StopProcess();
-    }
-    if (running != engine::kJobPlayOutput) {
-        const std::string file = m_Data.GetOutputPath();
-        RunHelper([this, file] { m_Process.ShowFile(file, false); });
-    }
-    UpdateControls(true);
+    ShowWholeFile(engine::kJobPlayOutput, m_Data.GetOutputPath());
 }
 
 // ---- The list ----

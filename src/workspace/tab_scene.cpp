@@ -59,17 +59,6 @@ double ParseValue(const std::string &text)
     return (end == text.c_str() || !std::isfinite(value)) ? 0.0 : value;
 }
 
-void ReplaceAll(std::string &text, const std::string &from, const std::string &to)
-{
-    if (from.empty()) {
-        return;
-    }
-    for (size_t at = text.find(from); at != std::string::npos;
-         at = text.find(from, at + to.size())) {
-        text.replace(at, from.size(), to);
-    }
-}
-
 } // namespace
 
 CTarnwickTabScene::CTarnwickTabScene(TabView &view,
@@ -342,12 +331,12 @@ void CTarnwickTabScene::ChangeOutputFolder(const std::string &oldGiven, const st
         ShowFields();
         return;
     }
-    ReplaceAll(m_Data.input_mp4_file, oldFolder, newFolder);
-    ReplaceAll(m_Data.pts_file, oldFolder, newFolder);
+    ReplaceFolderText(m_Data.input_mp4_file, oldFolder, newFolder);
+    ReplaceFolderText(m_Data.pts_file, oldFolder, newFolder);
     {
         std::lock_guard<std::mutex> lock(m_Data.sceneLock.m);
         for (core::SceneEntry &entry : m_Data.diff_list) {
-            ReplaceAll(entry.fileName, oldFolder, newFolder);
+            ReplaceFolderText(entry.fileName, oldFolder, newFolder);
         }
     }
     m_Data.output_folder = newFolder;
@@ -525,23 +514,15 @@ void CTarnwickTabScene::SaveProjectAsDialog()
 
 void CTarnwickTabScene::ExtractScenes()
 {
-    StopProcess();
-    m_bListEvents = 0;
-    {
-        std::lock_guard<std::mutex> lock(m_Data.sceneLock.m);
-        m_Data.diff_list.clear();
-        m_Data.list_idx = -1;
-    }
-    m_CellValue = core::ParamRange{};
-    UpdateControls(false);
-    FillList(-1);
-    UpdateControls(true);
-    ResetScenes(false);
-    m_bListEvents = 1;
-    StartProcess(engine::kJobSceneExtract);
+    StartExtraction(engine::kJobSceneExtract);
 }
 
 void CTarnwickTabScene::ExtractAndOutput()
+{
+    StartExtraction(engine::kJobExtractAndOutput);
+}
+
+void CTarnwickTabScene::StartExtraction(int nJob)
 {
     StopProcess();
     m_bListEvents = 0;
@@ -556,7 +537,7 @@ void CTarnwickTabScene::ExtractAndOutput()
     UpdateControls(true);
     ResetScenes(false);
     m_bListEvents = 1;
-    StartProcess(engine::kJobExtractAndOutput);
+    StartProcess(nJob);
 }
 
 void CTarnwickTabScene::SegmentOutput()
@@ -580,29 +561,13 @@ void CTarnwickTabScene::FinalOutput()
 
 void CTarnwickTabScene::ShowInput()
 {
-    const int running = m_Process.nProcessID;
-    if (engine::IsPlaybackJobNumber(running)) {
-        StopProcess();
-    }
-    if (running != engine::kJobPlayInput) {
-        const std::string file =
-            m_Data.input_mp4_file.empty() ? m_Data.input_file : m_Data.input_mp4_file;
-        RunHelper([this, file] { m_Process.ShowFile(file, false); });
-    }
-    UpdateControls(true);
+    ShowWholeFile(engine::kJobPlayInput,
+                  m_Data.input_mp4_file.empty() ? m_Data.input_file : m_Data.input_mp4_file);
 }
 
 void CTarnwickTabScene::ShowOutput()
 {
-    const int running = m_Process.nProcessID;
-    if (engine::IsPlaybackJobNumber(running)) {
-        StopProcess();
-    }
-    if (running != engine::kJobPlayOutput) {
-        const std::string file = m_Data.GetOutputPath();
-        RunHelper([this, file] { m_Process.ShowFile(file, false); });
-    }
-    UpdateControls(true);
+    ShowWholeFile(engine::kJobPlayOutput, m_Data.GetOutputPath());
 }
 
 void CTarnwickTabScene::SetTransition(bool bOn)

@@ -143,6 +143,8 @@ private:
     // After a caption command that changed something.
     void CaptionChanged();
     void EnqueueCurrentCheck();
+    // Extraction (1053) or extraction and output (1057) on an emptied list.
+    void StartExtraction(int nJob);
     void RebuildListLocked(int nSelect);
     void DeleteFiles(const std::vector<std::string> &files);
     // Runs the input analysis and what follows it for OpenVideo and OpenProject.
