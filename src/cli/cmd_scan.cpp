@@ -30,7 +30,7 @@ int ScanInFolder(const ScanArgs &parsed, const std::string &folder, CliOutput &i
         return status;
     }
     if (parsed.json) {
-        PrintJson(parsed.video, session.data, io.out);
+        PrintJson(parsed.video, session.data, outcome.defaultScene, io.out);
         return kExitOk;
     }
     PrintSummary(parsed.video, session.data, io.out);

@@ -42,7 +42,9 @@ const CommandEntry kCommands[] = {
      "                  (default 100: about half a percent of the picture)\n"
      "  --valid-min S   activity a scene must have at least, in seconds (1 to 10)\n"
      "  --cut-min S     still pause that ends a scene, in seconds (1 to 10)\n"
-     "  --json          one JSON document instead of the table\n",
+     "  --json          one JSON document instead of the table: file, fps, frames,\n"
+     "                  default_scene (true: no motion, the list holds the default scene)\n"
+     "                  and scenes with first, last, start and end\n",
      "tarnwickmp4-cli scan garden.mp4 --threshold 80"},
     {"extract",
      RunExtract,

@@ -34,9 +34,10 @@ int RunProbe(const std::vector<std::string> &args, CliOutput &io);
 // scan VIDEO [--threshold N] [--valid-min S] [--cut-min S] [--json]: the scenes that scene
 // extraction finds in VIDEO with a new project's settings (or the given ones, clamped to their
 // bounds: threshold 0 to 1000, the two units 1 to 10 seconds), before any cut; nothing is
-// written. A table, or one JSON object {"file", "fps", "frames", "scenes": [{"first", "last",
-// "start", "end"}]} with times in seconds. Exit 2 for bad arguments and for a VIDEO that is
-// missing, not readable, not a video, without a video stream or too small to scan; 1 when a
+// written. A table, or one JSON object {"file", "fps", "frames", "default_scene", "scenes":
+// [{"first", "last", "start", "end"}]} with times in seconds; default_scene is true when no
+// motion was found and the list holds the default scene. Exit 2 for bad arguments and for a VIDEO
+// that is missing, not readable, not a video, without a video stream or too small to scan; 1 when a
 // tool fails; 130 on Ctrl-C or a termination request.
 int RunScan(const std::vector<std::string> &args, CliOutput &io);
 // extract VIDEO [same options] [--output-folder DIR]: a new project for VIDEO (output folder

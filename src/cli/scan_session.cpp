@@ -294,13 +294,17 @@ bool LooksTruncated(const JobOutcome &outcome)
            outcome.framesScanned < outcome.framesSource - ConversionTolerance(outcome);
 }
 
-void PrintJson(const std::string &video, const core::CTarnwickData &data, std::ostream &out)
+void PrintJson(const std::string &video,
+               const core::CTarnwickData &data,
+               bool defaultScene,
+               std::ostream &out)
 {
     const double fps = data.viInput.fps;
     nlohmann::ordered_json root;
     root["file"] = video;
     root["fps"] = fps;
     root["frames"] = data.viInput.frame_num;
+    root["default_scene"] = defaultScene;
     root["scenes"] = nlohmann::ordered_json::array();
     for (const core::SceneEntry &scene : data.diff_list) {
         nlohmann::ordered_json item;

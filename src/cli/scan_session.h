@@ -129,7 +129,12 @@ int ReportAnalysisFailure(const char *command,
                           ScanSession &session,
                           std::ostream &err);
 
-void PrintJson(const std::string &video, const core::CTarnwickData &data, std::ostream &out);
+// One JSON document: file, fps, frames, default_scene (no motion was found and the list holds
+// the default scene) and the scenes with first, last, start and end.
+void PrintJson(const std::string &video,
+               const core::CTarnwickData &data,
+               bool defaultScene,
+               std::ostream &out);
 // One row per scene: number, frames, time codes and length; with files, the segment file.
 void PrintTable(const core::CTarnwickData &data, bool files, std::ostream &out);
 void PrintSummary(const std::string &video, const core::CTarnwickData &data, std::ostream &out);

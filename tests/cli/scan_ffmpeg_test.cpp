@@ -42,7 +42,9 @@ TEST(CliScan, JsonListsTheTwoScenesOfTheGeneratedClip)
     ASSERT_EQ(r.exitCode, 0) << r.err;
     EXPECT_EQ(r.err, "");
     nlohmann::ordered_json root = nlohmann::ordered_json::parse(r.out);
-    EXPECT_EQ(Keys(root), (std::vector<std::string>{"file", "fps", "frames", "scenes"}));
+    EXPECT_EQ(Keys(root),
+              (std::vector<std::string>{"file", "fps", "frames", "default_scene", "scenes"}));
+    EXPECT_EQ(root["default_scene"], false);
     EXPECT_EQ(root["file"], clip);
     EXPECT_EQ(root["fps"], 25.0);
     EXPECT_EQ(root["frames"], 300);
@@ -89,6 +91,7 @@ TEST(CliScan, ScenesAreThoseOfSceneExtractionWithoutCutting)
     expected["file"] = clip;
     expected["fps"] = data.viInput.fps;
     expected["frames"] = data.viInput.frame_num;
+    expected["default_scene"] = false;
     expected["scenes"] = nlohmann::ordered_json::array();
     for (const core::SceneEntry &scene : data.diff_list) {
         expected["scenes"].push_back({{"first", scene.framNo_first},
@@ -100,6 +103,20 @@ TEST(CliScan, ScenesAreThoseOfSceneExtractionWithoutCutting)
     ASSERT_EQ(r.exitCode, 0) << r.err;
     EXPECT_EQ(r.out, expected.dump(4) + "\n");
     EXPECT_EQ(data.diff_list.size(), 2u);
+}
+
+TEST(CliScan, JsonSaysWhenItShowsTheDefaultScene)
+{
+    TempDir dir;
+    std::string clip = dir.file("still.mp4");
+    ASSERT_TRUE(testsupport::MakeClip(clip, "color=c=0x404040:s=320x240:r=25:d=2"));
+    testsupport::RunResult r = RunCli({"scan", clip, "--json"});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    nlohmann::ordered_json root = nlohmann::ordered_json::parse(r.out);
+    EXPECT_EQ(root["default_scene"], true);
+    ASSERT_EQ(root["scenes"].size(), 1u);
+    EXPECT_EQ(root["scenes"][0]["first"], 0);
+    EXPECT_EQ(root["scenes"][0]["last"], 49);
 }
 
 TEST(CliScan, TableSaysWhenItShowsTheDefaultScene)
