@@ -2,12 +2,15 @@
 #include "workspace/tab_base.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
+#include <cstring>
 
 #include "core/app_log.h"
 #include "core/helpers.h"
 #include "core/language.h"
 #include "workspace/scene_defaults.h"
+#include "workspace/tab_scene.h"
 
 namespace workspace {
 
@@ -237,6 +240,31 @@ void ReplaceFolderText(std::string &text,
          at = text.find(oldFolder, at + newFolder.size())) {
         text.replace(at, oldFolder.size(), newFolder);
     }
+}
+
+bool CTarnwickTab::MoveOutputFolder(const std::string &oldGiven,
+                                    const std::string &newGiven,
+                                    bool bWorkingFile)
+{
+    const std::string oldFolder = oldGiven; // copies: the caller may pass output_folder
+    const std::string newFolder = newGiven;
+    if (!core::CreateFolders(newFolder)) {
+        ReportProblem(kIdsFolderNotMade, newFolder, std::strerror(errno));
+        ShowFields();
+        return false;
+    }
+    if (bWorkingFile) {
+        ReplaceFolderText(m_Data.input_mp4_file, oldFolder, newFolder);
+    }
+    ReplaceFolderText(m_Data.pts_file, oldFolder, newFolder);
+    {
+        std::lock_guard<std::mutex> lock(m_Data.sceneLock.m);
+        for (core::SceneEntry &entry : m_Data.diff_list) {
+            ReplaceFolderText(entry.fileName, oldFolder, newFolder);
+        }
+    }
+    m_Data.output_folder = newFolder;
+    return true;
 }
 
 void CTarnwickTab::ShowWholeFile(int nButtonJob, const std::string &file)

@@ -136,6 +136,11 @@ protected:
     // The show-input and show-output buttons: a running playback stops; unless it was the
     // button's own job (nButtonJob), file stands on show as a still at its stored position.
     void ShowWholeFile(int nButtonJob, const std::string &file);
+    // The paths that name the old output folder now name the new one (pts_file, every fileName,
+    // with bWorkingFile input_mp4_file too) and output_folder is set; the files stay where they
+    // are. False, with a message and nothing changed, when the new folder cannot be made.
+    bool
+    MoveOutputFolder(const std::string &oldGiven, const std::string &newGiven, bool bWorkingFile);
     // Tells the user about file: the text of string id nId with the file and the reason.
     void ReportProblem(int nId, const std::string &file, const std::string &reason = {});
 

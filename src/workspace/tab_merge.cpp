@@ -278,21 +278,9 @@ void CTarnwickTabMerge::ClearOutputFolder()
 
 void CTarnwickTabMerge::ChangeOutputFolder(const std::string &oldGiven, const std::string &newGiven)
 {
-    const std::string oldFolder = oldGiven; // copies: the caller may pass output_folder
-    const std::string newFolder = newGiven;
-    if (!core::CreateFolders(newFolder)) {
-        ReportProblem(kIdsFolderNotMade, newFolder, std::strerror(errno));
-        ShowFields();
+    if (!MoveOutputFolder(oldGiven, newGiven, false)) {
         return;
     }
-    ReplaceFolderText(m_Data.pts_file, oldFolder, newFolder);
-    {
-        std::lock_guard<std::mutex> lock(m_Data.sceneLock.m);
-        for (core::SceneEntry &entry : m_Data.diff_list) {
-            ReplaceFolderText(entry.fileName, oldFolder, newFolder);
-        }
-    }
-    m_Data.output_folder = newFolder;
     UpdateControls(true);
     ShowFields();
 }

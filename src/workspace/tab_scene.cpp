@@ -324,22 +324,9 @@ void CTarnwickTabScene::EnqueueCurrentCheck()
 
 void CTarnwickTabScene::ChangeOutputFolder(const std::string &oldGiven, const std::string &newGiven)
 {
-    const std::string oldFolder = oldGiven; // copies: the caller may pass output_folder
-    const std::string newFolder = newGiven;
-    if (!core::CreateFolders(newFolder)) {
-        ReportProblem(kIdsFolderNotMade, newFolder, std::strerror(errno));
-        ShowFields();
+    if (!MoveOutputFolder(oldGiven, newGiven, true)) {
         return;
     }
-    ReplaceFolderText(m_Data.input_mp4_file, oldFolder, newFolder);
-    ReplaceFolderText(m_Data.pts_file, oldFolder, newFolder);
-    {
-        std::lock_guard<std::mutex> lock(m_Data.sceneLock.m);
-        for (core::SceneEntry &entry : m_Data.diff_list) {
-            ReplaceFolderText(entry.fileName, oldFolder, newFolder);
-        }
-    }
-    m_Data.output_folder = newFolder;
     SaveProject(false);
     OpenProject(std::string(m_Data.project_file), true);
     UpdateControls(true);
