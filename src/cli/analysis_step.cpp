@@ -1,50 +1,128 @@
-// The analysis of a newly opened video on the command line's scene tab (job 1101): it runs on
-// the calling thread, which pumps the tab's messages, and Ctrl-C stops it; and what is said
-// when it fails.
+// Opening a video or project on the command line's scene tab (the analysis, job 1101, which
+// runs on the calling thread while it serves the tab's messages; Ctrl-C stops it), the
+// automatic picture, and what is said when they fail.
 #include <filesystem>
 #include <ostream>
 #include <system_error>
 
+#include "cli/cli_support.h"
 #include "cli/scan_session.h"
 #include "cli/signal_stop.h"
 #include "core/helpers.h"
-#include "core/language.h"
-#include "engine/encoder_presets.h"
-#include "engine/input_analysis.h"
+#include "core/project_names.h"
 
 namespace cli {
+namespace {
 
-AnalysisOutcome
-ScanSession::Analyze(bool bProjectLoad,
-                     const std::function<void(const engine::JobMessage &)> &observer)
+// The result of a stopped job or analysis.
+constexpr int kResultStopped = -2;
+
+} // namespace
+
+AnalysisOutcome ScanSession::Open(const std::function<int()> &open)
 {
     AnalysisOutcome outcome;
-    engine::HeadlessTab &tab = m_host.Tab(0);
-    tab.SetOnMessage([&](const engine::JobMessage &msg) {
-        if (observer) {
-            observer(msg);
-        }
-        if (msg.id == engine::AppMessage::WM_APP_JOB_STATE && msg.wParam == core::kStateFailed &&
-            msg.text && outcome.failure.empty()) {
-            outcome.failure = *msg.text;
-        }
-        tab.ClearMessages();
-    });
-    std::error_code ec;
-    const std::string working = engine::WorkingFilePath(data);
-    const bool workingThere = std::filesystem::exists(working, ec);
     {
-        // A stop reaches the analysis' tools through bCancel; the pump keeps the thread's
-        // messages flowing meanwhile.
-        SignalStop stop([this] { m_engine.bCancel = 1; });
-        outcome.result = m_engine.AnalyzeInputFile(bProjectLoad, data.list_idx);
+        // A stop reaches the analysis' tools through the tab; the analysis serves the tab's
+        // messages meanwhile.
+        SignalStop stop([this] { Tab().RequestStop(); });
+        outcome.result = open();
         outcome.stopped = stop.StopRequested();
     }
-    outcome.probed = data.viSource.width > 0;
-    outcome.workingMade =
-        !workingThere && data.input_mp4_file == working && std::filesystem::exists(working, ec);
-    tab.SetOnMessage({});
+    const workspace::AnalysisReport &analysis = Tab().LastAnalysis();
+    outcome.probed = analysis.bProbed;
+    outcome.workingMade = analysis.bWorkingFileMade;
+    outcome.failure = Tab().LastJob().failure;
     return outcome;
+}
+
+AnalysisOutcome ScanSession::OpenVideo(const std::string &video)
+{
+    std::error_code ec;
+    const std::string path = std::filesystem::absolute(video, ec).string();
+    return Open([this, &path] { return Tab().OpenVideo(path); });
+}
+
+AnalysisOutcome ScanSession::OpenProject(const std::string &project)
+{
+    std::error_code ec;
+    const std::string path = std::filesystem::absolute(project, ec).string();
+    return Open([this, &path] { return Tab().OpenProject(path, true); });
+}
+
+int ScanSession::MeasurePicture(const std::string &command,
+                                const std::string &video,
+                                std::ostream &err)
+{
+    bool finished = true;
+    {
+        SignalStop stop([this] {
+            Tab().RequestStop();
+            m_bench.Wake();
+        });
+        Tab().AutoPicture();
+        finished = m_bench.WaitForHelpers(Tab(), [&stop] { return stop.StopRequested(); });
+    }
+    const int result = Tab().LastAutoPictureResult();
+    const std::string head = "tarnwickmp4-cli " + command + ": " + video + ": ";
+    if (!finished || result == kResultStopped) {
+        err << head << "stopped while the picture was measured\n";
+        return kExitStopped;
+    }
+    if (result != 0) {
+        err << head
+            << "the picture could not be measured: " << core::StrPrintf("ExitCode(%d)", result)
+            << "\n";
+        return kExitFailed;
+    }
+    return -1;
+}
+
+bool ScanSession::Lock(const std::string &head, const std::string &owner, std::ostream &err)
+{
+    m_guard = std::make_unique<JobGuard>(head);
+    return m_guard->Take(data, owner, err);
+}
+
+int OpenForJob(ScanKind kind, const ScanArgs &parsed, ScanSession &session, CliOutput &io)
+{
+    const std::string command = CommandName(kind);
+    const std::string head = "tarnwickmp4-cli " + command + ": ";
+    workspace::CTarnwickTabScene &tab = session.Tab();
+    core::CTarnwickData &data = session.data;
+    data.bAutoSave = 1; // the tab saves the project as it goes, as the window's does
+    ApplyNames(tab, parsed.options);
+    // The names the open will give (the folder and project file to lock, the film): the tab
+    // keeps those already set when it opens the video.
+    std::error_code ec;
+    core::DeriveProjectNames(data, std::filesystem::absolute(parsed.video, ec).string());
+    data.input_file.clear();
+    if (kind == ScanKind::Run) {
+        std::string problem = UnusablePath(data.GetOutputPath());
+        if (!problem.empty()) {
+            io.err << head << PrintablePath(data.GetOutputPath()) << ": " << problem << "\n";
+            return kExitBadInput;
+        }
+    }
+    if (!session.Lock(head, command + " " + parsed.video, io.err)) {
+        return kExitFailed;
+    }
+    AnalysisOutcome analysis = session.OpenVideo(parsed.video);
+    int status = ReportAnalysisFailure(command.c_str(), parsed.video, analysis, session, io.err);
+    if (status >= 0) {
+        return status;
+    }
+    ApplyValues(tab, parsed.options);
+    if (parsed.options.autoPicture) {
+        status = session.MeasurePicture(command, parsed.video, io.err);
+        if (status >= 0) {
+            return status;
+        }
+        io.out << "Picture: brightness " << data.brightness.strText << ", contrast "
+               << data.contrast.strText << ", saturation " << data.saturation.strText << ", gamma "
+               << data.gamma.strText << "\n";
+    }
+    return -1;
 }
 
 int ReportAnalysisFailure(const char *command,
@@ -53,11 +131,11 @@ int ReportAnalysisFailure(const char *command,
                           ScanSession &session,
                           std::ostream &err)
 {
-    if (analysis.result == engine::kJobOk && !analysis.stopped) {
+    if (analysis.result == 0 && !analysis.stopped) {
         return -1;
     }
     const std::string head = std::string("tarnwickmp4-cli ") + command + ": " + video + ": ";
-    if (analysis.stopped || analysis.result == engine::kJobStopped) {
+    if (analysis.stopped || analysis.result == kResultStopped) {
         err << head << "stopped while the video was analysed\n";
         return kExitStopped;
     }
@@ -71,8 +149,7 @@ int ReportAnalysisFailure(const char *command,
     const std::string reason = analysis.failure.empty()
                                    ? core::StrPrintf("ExitCode(%d)", analysis.result)
                                    : analysis.failure;
-    if (session.data.input_mp4_file.empty() &&
-        !engine::UsedAsItIs(session.data.input_file, session.data.viInput.field_order)) {
+    if (session.data.input_mp4_file.empty() && session.Tab().LastAnalysis().bNeedsWorkingFile) {
         err << head << "the working MP4 could not be made in " << session.data.output_folder << ": "
             << reason << "\n";
     } else {

@@ -1,41 +1,42 @@
 // tarnwickmp4-cli analyze: the analysis of a newly opened video (job 1101): whether the file is
 // used as it is or which working MP4 was made, the frame times, the default cross-fade and the
 // working input's stream facts.
+#include <filesystem>
 #include <ostream>
 #include <string>
 
 #include <nlohmann/json.hpp>
 
 #include "cli/commands.h"
-#include "cli/job_guard.h"
 #include "cli/scan_session.h"
 #include "core/helpers.h"
+#include "core/project_names.h"
 
 namespace cli {
 namespace {
 
-const char *PtsSourceName(engine::CTarnwickProcess::PtsSource source)
+const char *PtsSourceName(workspace::TimesOrigin source)
 {
     switch (source) {
-    case engine::CTarnwickProcess::PtsSource::Kept:
+    case workspace::TimesOrigin::Kept:
         return "kept";
-    case engine::CTarnwickProcess::PtsSource::Computed:
+    case workspace::TimesOrigin::Computed:
         return "computed";
-    case engine::CTarnwickProcess::PtsSource::Read:
+    case workspace::TimesOrigin::Read:
         return "read";
     default:
         return "none";
     }
 }
 
-const char *PtsSourceText(engine::CTarnwickProcess::PtsSource source)
+const char *PtsSourceText(workspace::TimesOrigin source)
 {
     switch (source) {
-    case engine::CTarnwickProcess::PtsSource::Kept:
+    case workspace::TimesOrigin::Kept:
         return "kept as they were";
-    case engine::CTarnwickProcess::PtsSource::Computed:
+    case workspace::TimesOrigin::Computed:
         return "computed from the constant frame rate";
-    case engine::CTarnwickProcess::PtsSource::Read:
+    case workspace::TimesOrigin::Read:
         return "read frame by frame (the frame rate is not constant)";
     default:
         return "not made";
@@ -70,7 +71,7 @@ void PrintAnalysisJson(const std::string &video,
                                : nlohmann::ordered_json(data.input_mp4_file);
     root["working_file_made"] = analysis.workingMade;
     root["pts_file"] = data.pts_file;
-    root["pts_source"] = PtsSourceName(session.Engine().ptsSource);
+    root["pts_source"] = PtsSourceName(session.Tab().LastAnalysis().times);
     root["transition_seconds"] = data.dTransitionSec;
     root["source"] = StreamJson(data.viSource);
     root["input"] = StreamJson(data.viInput);
@@ -91,8 +92,8 @@ void PrintAnalysisText(const std::string &video,
         out << "Working MP4: " << data.input_mp4_file
             << (analysis.workingMade ? " (made now)" : " (already there)") << "\n";
     }
-    out << "Frame times: " << data.pts_file << " (" << PtsSourceText(session.Engine().ptsSource)
-        << ")\n"
+    out << "Frame times: " << data.pts_file << " ("
+        << PtsSourceText(session.Tab().LastAnalysis().times) << ")\n"
         << "Cross-fade: " << core::StrPrintf("%.2f", data.dTransitionSec) << " s\n"
         << "Stream: " << in.width << "x" << in.height << ", " << in.r_frame_rate << " ("
         << core::StrPrintf("%.3f", in.fps) << " fps), " << in.frame_num << " frames, "
@@ -110,12 +111,21 @@ int RunAnalyze(const std::vector<std::string> &args, CliOutput &io)
         return status;
     }
     ScanSession session;
-    PrepareProject(session.data, parsed);
-    JobGuard guard("tarnwickmp4-cli analyze: ");
-    if (!guard.Take(session.data, "analyze " + parsed.video, io.err)) {
+    ApplyNames(session.Tab(), parsed.options);
+    // The names the open will give, for the lock; the tab keeps them when it opens the video.
+    std::error_code ec;
+    core::DeriveProjectNames(session.data, std::filesystem::absolute(parsed.video, ec).string());
+    session.data.input_file.clear();
+    if (parsed.options.preset) {
+        session.data.nEncodePreset = *parsed.options.preset;
+    }
+    if (parsed.options.cuda) {
+        session.data.bUseCuda = 1;
+    }
+    if (!session.Lock("tarnwickmp4-cli analyze: ", "analyze " + parsed.video, io.err)) {
         return kExitFailed;
     }
-    AnalysisOutcome analysis = session.Analyze(false);
+    AnalysisOutcome analysis = session.OpenVideo(parsed.video);
     status = ReportAnalysisFailure("analyze", parsed.video, analysis, session, io.err);
     if (status >= 0) {
         return status;

@@ -6,10 +6,8 @@
 #include <system_error>
 
 #include "cli/commands.h"
-#include "cli/job_guard.h"
 #include "cli/scan_session.h"
 #include "core/helpers.h"
-#include "core/project_names.h"
 
 namespace cli {
 namespace {
@@ -19,7 +17,7 @@ constexpr const char *kHead = "tarnwickmp4-cli extract: ";
 // Why the cut of a scene left no segment, from its result.
 std::string CutFailure(int result)
 {
-    if (result == engine::kJobCannotStart) {
+    if (result == -1) {
         return "the cut held no picture, or its file could not be written";
     }
     return core::StrPrintf("ffmpeg ended with exit code %d", result);
@@ -40,7 +38,7 @@ bool AllSegmentsWritten(const core::CTarnwickData &data,
             continue;
         }
         ++missing;
-        if (reason.empty() && i < cutResults.size() && cutResults[i] != engine::kJobOk) {
+        if (reason.empty() && i < cutResults.size() && cutResults[i] != 0) {
             reason = CutFailure(cutResults[i]);
         }
     }
@@ -66,18 +64,12 @@ int RunExtract(const std::vector<std::string> &args, CliOutput &io)
     }
     ScanSession session;
     core::CTarnwickData &data = session.data;
-    PrepareProject(data, parsed);
-    JobGuard guard(kHead);
-    if (!guard.Take(data, "extract " + parsed.video, io.err)) {
-        return kExitFailed;
-    }
-    core::DeleteByPattern(core::SegmentPattern(data)); // the segments of an earlier extraction
-    AnalysisOutcome analysis = session.Analyze(false);
-    status = ReportAnalysisFailure("extract", parsed.video, analysis, session, io.err);
+    status = OpenForJob(ScanKind::Extract, parsed, session, io);
     if (status >= 0) {
         return status;
     }
-    JobOutcome outcome = session.RunSceneExtract(true);
+    workspace::CTarnwickTabScene &tab = session.Tab();
+    JobOutcome outcome = session.RunJob([&tab] { tab.ExtractScenes(); });
     ReportScanExtent("extract", parsed.video, outcome, io.err);
     status = ReportFailure("extract", parsed.video, outcome, session, io.err);
     if (!outcome.scanned) {
@@ -88,7 +80,7 @@ int RunExtract(const std::vector<std::string> &args, CliOutput &io)
     PrintTable(data, true, io.out);
     PrintDefaultNote(outcome, data, io.out);
     if (status < 0 && !outcome.defaultScene &&
-        !AllSegmentsWritten(data, session.Engine().cutResults, LooksTruncated(outcome), io.err)) {
+        !AllSegmentsWritten(data, outcome.cutResults, LooksTruncated(outcome), io.err)) {
         status = kExitFailed;
     }
     std::string error;

@@ -16,6 +16,7 @@
 #include "cli/commands.h"
 #include "cli/job_guard.h"
 #include "cli/progress_line.h"
+#include "cli/scan_session.h"
 #include "core/helpers.h"
 #include "core/language.h"
 #include "core/merge_formats.h"
@@ -203,50 +204,59 @@ int RunMerge(const std::vector<std::string> &args, CliOutput &io)
         io.err << kHead << problem << "\n";
         return kExitBadInput;
     }
-    engine::HeadlessHost host;
-    host.SetActiveTab(1);
-    core::CTarnwickData data;
-    PrepareMergeProject(data, parsed);
-    problem = CheckFiles(parsed.files, data);
-    if (problem.empty() && !UnusablePath(data.GetOutputPath()).empty()) {
-        problem = PrintablePath(data.GetOutputPath()) + ": " + UnusablePath(data.GetOutputPath());
+    core::CTarnwickData planned;
+    PrepareMergeProject(planned, parsed);
+    problem = CheckFiles(parsed.files, planned);
+    if (problem.empty() && !UnusablePath(planned.GetOutputPath()).empty()) {
+        problem =
+            PrintablePath(planned.GetOutputPath()) + ": " + UnusablePath(planned.GetOutputPath());
     }
     if (!problem.empty()) {
         io.err << kHead << problem << "\n";
         return kExitBadInput;
     }
-    JobGuard guard(kHead);
-    if (!guard.Take(data, "merge " + parsed.outputName, io.err)) {
+    JobGuard guard(kHead); // released after the session has ended
+    if (!guard.Take(planned, "merge " + parsed.outputName, io.err)) {
         return kExitFailed;
     }
-    engine::CTarnwickProcess engine;
-    engine.pData = &data;
-    engine.pHostDlg = &host;
-    engine.bMergeMode = 1;
-    engine.nRateIndex = parsed.nRateIndex;
-    engine.nSizeIndex = parsed.nSizeIndex;
-    ProgressLine progress(io.err, isatty(STDERR_FILENO) != 0);
-    std::string failure;
-    host.Tab(1).SetOnMessage([&](const engine::JobMessage &msg) {
-        progress.OnMessage(msg);
-        if (msg.id == engine::AppMessage::WM_APP_JOB_STATE && msg.wParam == core::kStateFailed &&
-            msg.text && failure.empty()) {
-            failure = *msg.text;
+    // The merge tab as a window's user fills it: the choices, the folder and name, the files.
+    ScanSession session;
+    workspace::CTarnwickTabMerge &tab = session.MergeTab();
+    session.Bench().SetActiveTab(1);
+    tab.Init();
+    tab.SetSizeIndex(parsed.nSizeIndex);
+    tab.SetRateIndex(parsed.nRateIndex);
+    tab.SetTransition(parsed.transition);
+    tab.OutputFolderConfirmed(planned.output_folder);
+    tab.OutputNameConfirmed(parsed.outputName);
+    std::vector<std::string> files;
+    for (const core::SceneEntry &row : planned.diff_list) {
+        files.push_back(row.strWorkFile);
+    }
+    tab.DropFiles(files);
+    // The tab leaves out what its probe refuses: name the first such file.
+    const core::CTarnwickData &data = tab.Data();
+    for (size_t i = 0; i < files.size(); ++i) {
+        if (i >= data.diff_list.size() || data.diff_list[i].strWorkFile != files[i]) {
+            const std::string reason = session.ProbeErrors(files[i]);
+            io.err << kHead << PrintablePath(parsed.files[i]) << ": could not be read as a video"
+                   << (reason.empty() ? "" : " (" + reason + ")") << "\n";
+            return kExitBadInput;
         }
-        host.Tab(1).ClearMessages();
-    });
-    const bool finished = RunJobUntilSignal(engine, host, engine::kJobExtractAndOutput);
-    progress.Finish();
-    const int result = engine.nProcessExitCode;
-    if (!finished || result == engine::kJobStopped) {
+    }
+    ProgressLine progress(io.err, isatty(STDERR_FILENO) != 0);
+    const JobOutcome outcome = session.RunJob(
+        tab, [&tab] { tab.Merge(); }, &progress);
+    const int result = outcome.result;
+    if (outcome.stopped || result == -2) {
         io.err << kHead << "stopped; the finished segments in " << data.output_folder
                << " are kept for the next merge\n";
         return kExitStopped;
     }
-    if (result != engine::kJobOk) {
+    if (result != 0) {
         const std::string reason =
-            failure.empty() ? core::StrPrintf("ExitCode(%d)", result) : failure;
-        const std::string unanalysed = FirstUnanalysed(data);
+            outcome.failure.empty() ? core::StrPrintf("ExitCode(%d)", result) : outcome.failure;
+        const std::string unanalysed = FirstUnanalysed(tab.Data());
         if (!unanalysed.empty()) {
             io.err << kHead << PrintablePath(unanalysed) << ": could not be read as a video ("
                    << reason << ")\n";

@@ -1,45 +1,47 @@
-// tarnwickmp4-cli render and run: the finished film of a saved project (job 1006), and of a new
-// project for a video in one go (job 1057: scan, cuts, render), with a progress line.
+// tarnwickmp4-cli render, segments and run: the finished film of a saved project (job 1006),
+// its segments alone (job 1052), and a new project for a video in one go (job 1057: scan,
+// cuts, render), each as the scene tab runs it, with a progress line.
 #include <filesystem>
 #include <ostream>
 #include <string>
 #include <vector>
 
+#include <nlohmann/json.hpp>
 #include <unistd.h>
 
 #include "cli/cli_support.h"
 #include "cli/commands.h"
-#include "cli/job_guard.h"
 #include "cli/progress_line.h"
 #include "cli/scan_session.h"
 #include "core/helpers.h"
-#include "core/project_names.h"
 
 namespace cli {
 namespace {
 
-constexpr const char *kRenderUsage =
-    "Usage: tarnwickmp4-cli render PROJECT [--output-folder DIR] [--output-name NAME]\n";
-
+// What render and segments take: the project and the values to change in it first.
 struct RenderArgs
 {
     std::string project;
-    std::string outputFolder; // empty: the project's
-    std::string outputName;   // empty: the project's
+    ProjectOptions options;
+    bool json = false;
 };
 
-bool ParseRenderArgs(const std::vector<std::string> &args, RenderArgs &parsed)
+// The arguments of render or segments; an error line in error when a value is wrong. False
+// when the usage should be shown (error empty) or a value is wrong.
+bool ParseRenderArgs(const std::vector<std::string> &args, RenderArgs &parsed, std::string &error)
 {
     for (size_t i = 0; i < args.size(); ++i) {
         const std::string &arg = args[i];
-        std::string *text = arg == "--output-folder" ? &parsed.outputFolder
-                            : arg == "--output-name" ? &parsed.outputName
-                                                     : nullptr;
-        if (text != nullptr) {
-            if (i + 1 >= args.size() || args[i + 1].empty()) {
-                return false;
-            }
-            *text = args[++i];
+        switch (ParseProjectOption(args, i, kAllProjectOptions, parsed.options, error)) {
+        case OptionParse::Taken:
+            continue;
+        case OptionParse::Wrong:
+            return false;
+        case OptionParse::NotMine:
+            break;
+        }
+        if (arg == "--json") {
+            parsed.json = true;
         } else if (arg.size() > 1 && arg[0] == '-') {
             return false;
         } else if (parsed.project.empty() && !arg.empty()) {
@@ -61,7 +63,7 @@ int TickedScenes(const core::CTarnwickData &data)
     return ticked;
 }
 
-// Why a loaded project cannot be rendered, as a message line; empty when it can.
+// Why a project as it will be rendered cannot be, as a message line; empty when it can.
 std::string RenderProblem(const core::CTarnwickData &data, const std::string &project)
 {
     // The given video: the analysis opens it again, and makes the working MP4 anew if that is
@@ -90,77 +92,62 @@ std::string RenderProblem(const core::CTarnwickData &data, const std::string &pr
     return "";
 }
 
-// Runs nJob with a progress line on err and reports how it ended. The exit status, or -1 on
-// success.
-int RunWithProgress(const char *command,
-                    const std::string &subject,
-                    ScanSession &session,
-                    int nJob,
-                    JobOutcome &outcome,
-                    std::ostream &err)
+// Says how a job of the render family ended; the exit status, or -1 on success.
+int ReportJob(const std::string &command,
+              const std::string &subject,
+              const JobOutcome &outcome,
+              std::ostream &err)
 {
-    ProgressLine progress(err, isatty(STDERR_FILENO) != 0);
-    outcome = session.RunJob(
-        nJob, true, [&progress](const engine::JobMessage &msg) { progress.OnMessage(msg); });
-    progress.Finish();
-    const std::string head = std::string("tarnwickmp4-cli ") + command + ": " + subject + ": ";
-    if (outcome.stopped) {
+    const std::string head = "tarnwickmp4-cli " + command + ": " + subject + ": ";
+    if (outcome.stopped || outcome.result == -2) {
         err << head << "stopped; the finished segments are kept for the next render\n";
         return kExitStopped;
     }
-    if (outcome.result != engine::kJobOk) {
+    if (outcome.result != 0) {
         std::string reason = outcome.failure.empty()
                                  ? core::StrPrintf("ExitCode(%d)", outcome.result)
                                  : outcome.failure;
-        err << head << "the render failed: " << reason << "\n";
+        err << head << (command == "segments" ? "the cut failed: " : "the render failed: ")
+            << reason << "\n";
         return kExitFailed;
     }
     return -1;
 }
 
-// A job number that only the command line uses: the automatic picture values of run
-// --auto-picture, measured before the scan, so that a stop reaches their grabs.
-constexpr int kAutoPictureJob = 9003;
-
-// Measures the picture values of the project's video into the project. The exit status, or -1
-// when they were measured.
-int MeasurePicture(ScanSession &session, const std::string &video, std::ostream &err)
+// Saves what the job left in the project (recut scenes have new records); false with a line
+// on err when the file cannot be written.
+bool SaveAfterJob(const std::string &head, core::CTarnwickData &data, std::ostream &err)
 {
-    engine::CTarnwickProcess &engine = session.Engine();
-    engine.SetJobFunction(kAutoPictureJob, 0, [&engine](int) {
-        const std::string source = engine.SourcePath();
-        int result = engine.OpenVideoFile(source);
-        return result != engine::kJobOk ? result : engine.AnalyzeVideoEQParams(source, 10);
-    });
-    JobOutcome outcome = session.RunJob(kAutoPictureJob, false, {});
-    const std::string head = "tarnwickmp4-cli run: " + video + ": ";
-    if (outcome.stopped) {
-        err << head << "stopped while the picture was measured\n";
-        return kExitStopped;
+    std::string error;
+    if (!data.SaveProjectFile(data.project_file, &error)) {
+        err << head << error << "\n";
+        return false;
     }
-    if (outcome.result != engine::kJobOk) {
-        err << head << "the picture could not be measured: "
-            << (outcome.failure.empty() ? core::StrPrintf("ExitCode(%d)", outcome.result)
-                                        : outcome.failure)
-            << "\n";
-        return kExitFailed;
-    }
-    return -1;
+    return true;
 }
 
-} // namespace
-
-int RunRender(const std::vector<std::string> &args, CliOutput &io)
+// render and segments: the saved project opened on the scene tab, the options applied through
+// its commands, then the job that start begins.
+int RunProjectJob(const std::string &command,
+                  const std::vector<std::string> &args,
+                  CliOutput &io,
+                  void (workspace::CTarnwickTabScene::*start)())
 {
+    const std::string head = "tarnwickmp4-cli " + command + ": ";
     RenderArgs parsed;
-    if (!ParseRenderArgs(args, parsed)) {
-        io.err << kRenderUsage;
+    std::string error;
+    if (!ParseRenderArgs(args, parsed, error)) {
+        if (!error.empty()) {
+            io.err << head << error << "\n";
+        } else {
+            io.err << "Usage: tarnwickmp4-cli " << command << " PROJECT"
+                   << ProjectOptionsUsage(kAllProjectOptions) << " [--json]\n";
+        }
         return kExitBadInput;
     }
-    const std::string head = "tarnwickmp4-cli render: ";
     std::string problem = UnusablePath(parsed.project);
     if (problem.empty()) {
-        problem = CheckOutputOptions(parsed.outputFolder, parsed.outputName);
+        problem = CheckOutputOptions(parsed.options.outputFolder, parsed.options.outputName);
     } else {
         problem = PrintablePath(parsed.project) + ": " + problem;
     }
@@ -168,50 +155,93 @@ int RunRender(const std::vector<std::string> &args, CliOutput &io)
         io.err << head << problem << "\n";
         return kExitBadInput;
     }
+    // The project as it will be, read first: what cannot be rendered is said before anything
+    // runs or is locked.
     ScanSession session;
-    core::CTarnwickData &data = session.data;
-    std::string error;
-    if (!data.LoadProjectFile(std::filesystem::absolute(parsed.project).string(), &error)) {
+    workspace::CTarnwickTabScene &tab = session.Tab();
+    core::CTarnwickData planned;
+    const std::string project = std::filesystem::absolute(parsed.project).string();
+    if (!planned.LoadProjectFile(project, &error)) {
         io.err << head << error << "\n";
         return kExitBadInput;
     }
-    if (!parsed.outputFolder.empty()) {
-        data.output_folder = core::SetTrailingSeparator(
-            std::filesystem::absolute(parsed.outputFolder).string(), true);
-    }
-    if (!parsed.outputName.empty()) {
-        data.output_name = parsed.outputName;
-    }
-    problem = RenderProblem(data, parsed.project);
+    session.data.output_folder = planned.output_folder;
+    session.data.output_name = planned.output_name;
+    session.data.project_file = planned.project_file;
+    ApplyNames(tab, parsed.options);
+    planned.output_folder = session.data.output_folder;
+    planned.output_name = session.data.output_name;
+    problem = RenderProblem(planned, parsed.project);
     if (!problem.empty()) {
         io.err << head << problem << "\n";
         return kExitBadInput;
     }
-    JobGuard guard(head);
-    if (!guard.Take(data, "render " + parsed.project, io.err)) {
+    if (!session.Lock(head, command + " " + parsed.project, io.err)) {
         return kExitFailed;
     }
+    session.data.bAutoSave = 1; // the tab saves the project as it goes, as the window's does
     ProgressLine progress(io.err, isatty(STDERR_FILENO) != 0);
-    AnalysisOutcome analysis = session.Analyze(
-        true, [&progress](const engine::JobMessage &msg) { progress.OnMessage(msg); });
+    session.View().Follow(&progress);
+    AnalysisOutcome analysis = session.OpenProject(project);
+    session.View().Follow(nullptr);
     progress.Finish();
-    int status = ReportAnalysisFailure("render", data.input_file, analysis, session, io.err);
+    int status =
+        ReportAnalysisFailure(command.c_str(), session.data.input_file, analysis, session, io.err);
     if (status >= 0) {
         return status;
     }
-    JobOutcome outcome;
-    status = RunWithProgress(
-        "render", parsed.project, session, engine::kJobFinalOutput, outcome, io.err);
-    // Recut scenes have new records: the project keeps them, as the tab saves after a job.
-    if (!data.SaveProjectFile(data.project_file, &error)) {
-        io.err << head << error << "\n";
+    // The folder and name as the tab's boxes change them: the paths follow, the project is
+    // saved and opened again.
+    if (planned.output_folder != session.data.output_folder) {
+        tab.OutputFolderConfirmed(planned.output_folder);
+    }
+    if (planned.output_name != session.data.output_name) {
+        tab.OutputNameConfirmed(planned.output_name);
+    }
+    ApplyNames(tab, parsed.options);
+    ApplyValues(tab, parsed.options);
+    if (parsed.options.autoPicture) {
+        status = session.MeasurePicture(command, parsed.project, io.err);
+        if (status >= 0) {
+            return status;
+        }
+    }
+    JobOutcome outcome = session.RunJob([&tab, start] { (tab.*start)(); }, &progress);
+    status = ReportJob(command, parsed.project, outcome, io.err);
+    if (!SaveAfterJob(head, session.data, io.err)) {
         return status >= 0 ? status : kExitFailed;
     }
     if (status >= 0) {
         return status;
     }
+    const core::CTarnwickData &data = session.data;
+    if (command == "segments") {
+        PrintTable(data, true, io.out);
+        return kExitOk;
+    }
+    if (parsed.json) {
+        nlohmann::ordered_json root;
+        root["project"] = data.project_file;
+        root["film"] = data.GetOutputPath();
+        root["scenes"] = TickedScenes(data);
+        root["transition"] = data.transition != 0;
+        io.out << root.dump(4) << "\n";
+        return kExitOk;
+    }
     io.out << data.GetOutputPath() << "\n";
     return kExitOk;
+}
+
+} // namespace
+
+int RunRender(const std::vector<std::string> &args, CliOutput &io)
+{
+    return RunProjectJob("render", args, io, &workspace::CTarnwickTabScene::FinalOutput);
+}
+
+int RunSegments(const std::vector<std::string> &args, CliOutput &io)
+{
+    return RunProjectJob("segments", args, io, &workspace::CTarnwickTabScene::SegmentOutput);
 }
 
 int RunRun(const std::vector<std::string> &args, CliOutput &io)
@@ -224,42 +254,20 @@ int RunRun(const std::vector<std::string> &args, CliOutput &io)
     const std::string head = "tarnwickmp4-cli run: ";
     ScanSession session;
     core::CTarnwickData &data = session.data;
-    PrepareProject(data, parsed);
-    std::string problem = UnusablePath(data.GetOutputPath());
-    if (!problem.empty()) {
-        io.err << head << PrintablePath(data.GetOutputPath()) << ": " << problem << "\n";
-        return kExitBadInput;
-    }
-    JobGuard guard(head);
-    if (!guard.Take(data, "run " + parsed.video, io.err)) {
-        return kExitFailed;
-    }
-    core::DeleteByPattern(core::SegmentPattern(data)); // the segments of an earlier extraction
-    AnalysisOutcome analysis = session.Analyze(false);
-    status = ReportAnalysisFailure("run", parsed.video, analysis, session, io.err);
+    status = OpenForJob(ScanKind::Run, parsed, session, io);
     if (status >= 0) {
         return status;
     }
-    if (parsed.autoPicture) {
-        status = MeasurePicture(session, parsed.video, io.err);
-        if (status >= 0) {
-            return status;
-        }
-        io.out << "Picture: brightness " << data.brightness.strText << ", contrast "
-               << data.contrast.strText << ", saturation " << data.saturation.strText << ", gamma "
-               << data.gamma.strText << "\n";
-    }
-    JobOutcome outcome;
-    status = RunWithProgress(
-        "run", parsed.video, session, engine::kJobExtractAndOutput, outcome, io.err);
+    workspace::CTarnwickTabScene &tab = session.Tab();
+    ProgressLine progress(io.err, isatty(STDERR_FILENO) != 0);
+    JobOutcome outcome = session.RunJob([&tab] { tab.ExtractAndOutput(); }, &progress);
+    status = ReportJob("run", parsed.video, outcome, io.err);
     ReportScanExtent("run", parsed.video, outcome, io.err);
     if (outcome.scanned) {
         PrintSummary(parsed.video, data, io.out);
         PrintTable(data, true, io.out);
         PrintDefaultNote(outcome, data, io.out);
-        std::string error;
-        if (!data.SaveProjectFile(data.project_file, &error)) {
-            io.err << head << error << "\n";
+        if (!SaveAfterJob(head, data, io.err)) {
             return status >= 0 ? status : kExitFailed;
         }
         io.out << "Project: " << data.project_file << "\n";

@@ -7,7 +7,6 @@
 #include "cli/scan_session.h"
 #include "core/file_io.h"
 #include "core/helpers.h"
-#include "core/project_names.h"
 
 namespace cli {
 namespace {
@@ -15,15 +14,16 @@ namespace {
 int ScanInFolder(const ScanArgs &parsed, const std::string &folder, CliOutput &io)
 {
     ScanSession session;
-    PrepareProject(session.data, parsed);
-    session.data.output_folder = folder;
-    core::DeriveProjectNames(session.data, session.data.input_file); // the times go there too
-    AnalysisOutcome analysis = session.Analyze(false);
+    workspace::CTarnwickTabScene &tab = session.Tab();
+    session.data.output_folder = folder; // working file and frame times go there too
+    AnalysisOutcome analysis = session.OpenVideo(parsed.video);
     int status = ReportAnalysisFailure("scan", parsed.video, analysis, session, io.err);
     if (status >= 0) {
         return status;
     }
-    JobOutcome outcome = session.RunSceneExtract(false);
+    ApplyValues(tab, parsed.options);
+    tab.SetCutWhileScanning(false);
+    JobOutcome outcome = session.RunJob([&tab] { tab.ExtractScenes(); });
     ReportScanExtent("scan", parsed.video, outcome, io.err);
     status = ReportFailure("scan", parsed.video, outcome, session, io.err);
     if (status >= 0) {

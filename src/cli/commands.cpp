@@ -4,6 +4,7 @@
 #include <cstring>
 #include <iostream>
 
+#include "cli/project_options.h"
 #include "core/version.h"
 
 namespace cli {
@@ -16,6 +17,8 @@ struct CommandEntry
     const char *usage;
     const char *help = nullptr;    // what it does and its options, one per line
     const char *example = nullptr; // a command line to copy
+    unsigned options = 0;          // the project options it takes (project_options.h)
+    const char *usageTail = "";    // what follows them on the usage line
 };
 
 // One row per command; each command lives in its own cmd_*.cpp.
@@ -36,58 +39,57 @@ const CommandEntry kCommands[] = {
      "tarnwickmp4-cli probe clip.mp4"},
     {"scan",
      RunScan,
-     "scan VIDEO [--threshold N] [--valid-min S] [--cut-min S] [--json]",
+     "scan VIDEO",
      "Finds the scenes in which something moves; writes nothing.\n"
-     "  --threshold N   how much of a frame must change to count as motion, 0 to 1000\n"
-     "                  (default 100: about half a percent of the picture)\n"
-     "  --valid-min S   activity a scene must have at least, in seconds (1 to 10)\n"
-     "  --cut-min S     still pause that ends a scene, in seconds (1 to 10)\n"
-     "  --json          one JSON document instead of the table: file, fps, frames,\n"
-     "                  default_scene (true: no motion, the list holds the default scene)\n"
-     "                  and scenes with first, last, start and end\n",
-     "tarnwickmp4-cli scan garden.mp4 --threshold 80"},
+     "  --json                one JSON document instead of the table: file, fps, frames,\n"
+     "                        default_scene (true: no motion, the list holds the default\n"
+     "                        scene) and scenes with first, last, start and end\n",
+     "tarnwickmp4-cli scan garden.mp4 --threshold 80",
+     kScanOptions,
+     " [--json]"},
     {"extract",
      RunExtract,
-     "extract VIDEO [--threshold N] [--valid-min S] [--cut-min S] [--output-folder DIR]",
-     "Scans VIDEO, cuts every scene into its own MP4 and saves the project as VIDEO.twproj.\n"
-     "  --threshold N         motion threshold, 0 to 1000 (see scan --help)\n"
-     "  --valid-min S         activity a scene must have at least, in seconds\n"
-     "  --cut-min S           still pause that ends a scene, in seconds\n"
-     "  --output-folder DIR   where the segments go (default VIDEO_out/)\n",
-     "tarnwickmp4-cli extract garden.mp4 --output-folder scenes"},
+     "extract VIDEO",
+     "Scans VIDEO, cuts every scene into its own MP4 and saves the project as VIDEO.twproj.\n",
+     "tarnwickmp4-cli extract garden.mp4 --output-folder scenes",
+     kScanOptions | kFolderOption | kPictureOptions | kEncodeOptions},
     {"analyze",
      RunAnalyze,
-     "analyze VIDEO [--output-folder DIR] [--preset 0|1|2] [--json]",
+     "analyze VIDEO",
      "Opens VIDEO as a new project does: says whether it is used as it is or which working\n"
      "MP4 was made (interlaced and non-MP4 recordings are converted, deinterlaced when not\n"
      "known to be progressive), where its frame times are and how they were found, the\n"
      "default cross-fade and the working input's stream facts.\n"
-     "  --output-folder DIR   where the working MP4 and the frame times go (default VIDEO_out/)\n"
-     "  --preset N            encoder preset of the working MP4: 0 best picture, 1, 2 smallest\n"
      "  --json                one JSON document instead of the lines\n",
-     "tarnwickmp4-cli analyze camera.mts --json"},
+     "tarnwickmp4-cli analyze camera.mts --json",
+     kFolderOption | kEncodeOptions,
+     " [--json]"},
     {"render",
      RunRender,
-     "render PROJECT [--output-folder DIR] [--output-name NAME]",
+     "render PROJECT",
      "Makes the finished film of a saved project: good segments are reused, stale ones cut\n"
-     "again, the ticked scenes joined and encoded with picture values and captions.\n"
-     "  --output-folder DIR   folder of segments and film\n"
-     "  --output-name NAME    file name of the film\n",
-     "tarnwickmp4-cli render garden.mp4.twproj --output-name garden_film.mp4"},
+     "again, the ticked scenes joined and encoded with picture values and captions. The\n"
+     "options change the project's values first (and are saved with it). Prints the film.\n"
+     "  --json                one JSON document: project, film, scenes (how many were\n"
+     "                        rendered) and transition\n",
+     "tarnwickmp4-cli render garden.mp4.twproj --output-name garden_film.mp4",
+     kAllProjectOptions,
+     " [--json]"},
+    {"segments",
+     RunSegments,
+     "segments PROJECT",
+     "Cuts every ticked scene of a saved project into its segment, as the segment output\n"
+     "button does, after the options have changed the project's values; prints the list\n"
+     "with the segment files.\n",
+     "tarnwickmp4-cli segments garden.mp4.twproj --brightness 0.1",
+     kAllProjectOptions},
     {"run",
      RunRun,
-     "run VIDEO [--threshold N] [--valid-min S] [--cut-min S] [--transition] [--output-folder "
-     "DIR] [--output-name NAME] [--title TEXT] [--auto-picture]",
+     "run VIDEO",
      "Scan, cuts and finished film of VIDEO in one go; saves the project as VIDEO.twproj.\n"
-     "  --threshold N         motion threshold, 0 to 1000 (see scan --help)\n"
-     "  --valid-min S         activity a scene must have at least, in seconds\n"
-     "  --cut-min S           still pause that ends a scene, in seconds\n"
-     "  --transition          cross-fades between the scenes\n"
-     "  --output-folder DIR   folder of segments and film (default VIDEO_out/)\n"
-     "  --output-name NAME    file name of the film\n"
-     "  --title TEXT          a title over the film's first seconds\n"
-     "  --auto-picture        brightness, contrast, saturation and gamma measured first\n",
-     "tarnwickmp4-cli run garden.mp4 --transition --title \"Garden, May\""},
+     "Prints the scenes, the project and the film.\n",
+     "tarnwickmp4-cli run garden.mp4 --transition --title \"Garden, May\"",
+     kAllProjectOptions},
     {"merge",
      RunMerge,
      "merge --size WxH --rate N/D [--transition] [--output-folder DIR] -o NAME FILE...",
@@ -154,7 +156,8 @@ void PrintUsage(std::ostream &os)
 {
     os << "Usage: tarnwickmp4-cli COMMAND [ARGS]\nCommands:\n";
     for (const auto &c : kCommands) {
-        os << "  tarnwickmp4-cli " << c.usage << "\n";
+        os << "  tarnwickmp4-cli " << c.usage << ProjectOptionsUsage(c.options) << c.usageTail
+           << "\n";
     }
     os << "tarnwickmp4-cli COMMAND --help tells more about one command.\n";
 }
@@ -171,9 +174,10 @@ bool AsksForHelp(const std::vector<std::string> &args)
 
 void PrintCommandHelp(const CommandEntry &c, std::ostream &os)
 {
-    os << "Usage: tarnwickmp4-cli " << c.usage << "\n";
+    os << "Usage: tarnwickmp4-cli " << c.usage << ProjectOptionsUsage(c.options) << c.usageTail
+       << "\n";
     if (c.help != nullptr) {
-        os << "\n" << c.help;
+        os << "\n" << c.help << ProjectOptionsHelp(c.options);
     }
     if (c.example != nullptr) {
         os << "\nExample:\n  " << c.example << "\n";

@@ -60,6 +60,10 @@ int RunAutoPicture(const std::vector<std::string> &args, CliOutput &io);
 // no scene ticked; 1 when the render fails or the project or folder is in use; 130 on Ctrl-C,
 // with nothing left under the film's name.
 int RunRender(const std::vector<std::string> &args, CliOutput &io);
+// segments PROJECT [options]: every ticked scene of a saved project cut into its segment (job
+// 1052), after the options have changed the project's values; the list is printed with the
+// segment files. Exit statuses as render.
+int RunSegments(const std::vector<std::string> &args, CliOutput &io);
 // run VIDEO [scan options] [--transition] [--output-folder DIR] [--output-name NAME] [--title
 // TEXT] [--auto-picture]: scan, cuts and render of a new project (job 1057); prints the scenes,
 // the saved project and the film.

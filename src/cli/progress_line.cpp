@@ -33,23 +33,23 @@ ProgressLine::ProgressLine(std::ostream &err, bool terminal)
 {
 }
 
-void ProgressLine::OnMessage(const engine::JobMessage &msg)
+void ProgressLine::OnStage(const std::string &stage)
 {
-    using engine::AppMessage;
-    if (msg.id == AppMessage::WM_APP_STAGE_BEGIN) {
-        m_stage = msg.text.value_or(m_stage);
-        m_total = static_cast<int>(msg.lParam);
-        m_done = 0;
-        m_lastTenth = -1;
+    if (!m_stageShown) {
         Draw(true);
-    } else if (msg.id == AppMessage::WM_APP_STAGE_TEXT && msg.text) {
-        m_stage = *msg.text;
-        Draw(true);
-    } else if (msg.id == AppMessage::WM_APP_PROGRESS) {
-        m_total = static_cast<int>(msg.wParam);
-        m_done = static_cast<int>(msg.lParam);
-        Draw(false);
     }
+    // A new name within a stage keeps its count; a new stage's count follows at once.
+    m_stage = stage;
+    m_lastTenth = -1;
+    m_stageShown = false;
+}
+
+void ProgressLine::OnCount(int done, int total)
+{
+    m_done = done;
+    m_total = total;
+    Draw(!m_stageShown);
+    m_stageShown = true;
 }
 
 void ProgressLine::Draw(bool force)
@@ -80,6 +80,10 @@ void ProgressLine::Draw(bool force)
 
 void ProgressLine::Finish()
 {
+    if (!m_stageShown && !m_stage.empty()) {
+        Draw(true);
+        m_stageShown = true;
+    }
     if (m_terminal && m_drawnWidth > 0) {
         m_err << "\n" << std::flush;
         m_drawnWidth = 0;

@@ -6,8 +6,6 @@
 #include <iosfwd>
 #include <string>
 
-#include "engine/job_messages.h"
-
 namespace cli {
 
 // "Final Merge   42%  1234/2900  00:00:12": the stage, how much of its total is done (frames,
@@ -21,9 +19,11 @@ public:
     // each new stage and at every further tenth of the total.
     ProgressLine(std::ostream &err, bool terminal);
 
-    // Follows the stage and progress messages of a job; the others are ignored.
-    void OnMessage(const engine::JobMessage &msg);
-    // Ends the line drawn in place, so that what follows starts on a line of its own.
+    // What the tab's status bar shows: a stage's name, and how much of its total is done.
+    void OnStage(const std::string &stage);
+    void OnCount(int done, int total);
+    // Shows a stage that reported no count, and ends the line drawn in place, so that what
+    // follows starts on a line of its own.
     void Finish();
 
 private:
@@ -37,6 +37,7 @@ private:
     int m_done = 0;
     int m_total = 0;
     int m_lastTenth = -1;
+    bool m_stageShown = true;
     size_t m_drawnWidth = 0;
 };
 

@@ -13,37 +13,14 @@
 #include <nlohmann/json.hpp>
 
 #include "cli/cli_support.h"
+#include "cli/signal_stop.h"
 #include "core/helpers.h"
 #include "core/language.h"
 #include "core/path_check.h"
 #include "core/project_names.h"
-#include "workspace/scene_defaults.h"
 
 namespace cli {
 namespace {
-
-constexpr const char *kScanUsage =
-    "Usage: tarnwickmp4-cli scan VIDEO [--threshold N] [--valid-min S] [--cut-min S] [--json]\n";
-constexpr const char *kExtractUsage =
-    "Usage: tarnwickmp4-cli extract VIDEO [--threshold N] [--valid-min S] [--cut-min S] "
-    "[--output-folder DIR]\n";
-constexpr const char *kAnalyzeUsage =
-    "Usage: tarnwickmp4-cli analyze VIDEO [--output-folder DIR] [--preset 0|1|2] [--json]\n";
-constexpr const char *kRunUsage =
-    "Usage: tarnwickmp4-cli run VIDEO [--threshold N] [--valid-min S] [--cut-min S] "
-    "[--transition] [--output-folder DIR] [--output-name NAME] [--title TEXT] [--auto-picture]\n";
-
-// The whole text is a finite number.
-bool ParseNumber(const std::string &text, double &value)
-{
-    if (text.empty()) {
-        return false;
-    }
-    char *end = nullptr;
-    errno = 0;
-    value = std::strtod(text.c_str(), &end);
-    return *end == '\0' && errno == 0 && std::isfinite(value);
-}
 
 // The arguments of a scan command. Returns an error line for a bad value, or an empty text
 // with usage set when the usage should be shown.
@@ -51,43 +28,21 @@ std::string
 ParseScanArgs(const std::vector<std::string> &args, ScanKind kind, ScanArgs &parsed, bool &usage)
 {
     usage = false;
-    const bool writes = kind != ScanKind::Scan;
-    const bool run = kind == ScanKind::Run;
-    const bool analyze = kind == ScanKind::Analyze;
+    const unsigned groups = OptionGroups(kind);
     for (size_t i = 0; i < args.size(); ++i) {
         const std::string &arg = args[i];
-        std::optional<double> *number = analyze                ? nullptr
-                                        : arg == "--threshold" ? &parsed.threshold
-                                        : arg == "--valid-min" ? &parsed.validMin
-                                        : arg == "--cut-min"   ? &parsed.cutMin
-                                                               : nullptr;
-        if (analyze && arg == "--preset") {
-            number = &parsed.preset;
+        std::string error;
+        switch (ParseProjectOption(args, i, groups, parsed.options, error)) {
+        case OptionParse::Taken:
+            continue;
+        case OptionParse::Wrong:
+            usage = error.empty();
+            return error;
+        case OptionParse::NotMine:
+            break;
         }
-        std::string *text = writes && arg == "--output-folder" ? &parsed.outputFolder
-                            : run && arg == "--output-name"    ? &parsed.outputName
-                            : run && arg == "--title"          ? &parsed.title
-                                                               : nullptr;
-        if (number != nullptr || text != nullptr) {
-            if (i + 1 >= args.size() || (text != nullptr && args[i + 1].empty())) {
-                usage = true;
-                return "";
-            }
-            const std::string &value = args[++i];
-            double number_value = 0;
-            if (text != nullptr) {
-                *text = value;
-            } else if (ParseNumber(value, number_value)) {
-                *number = number_value;
-            } else {
-                return arg + ": \"" + value + "\" is not a number";
-            }
-        } else if ((kind == ScanKind::Scan || analyze) && arg == "--json") {
+        if ((kind == ScanKind::Scan || kind == ScanKind::Analyze) && arg == "--json") {
             parsed.json = true;
-        } else if (run && arg == "--transition") {
-            parsed.transition = true;
-        } else if (run && arg == "--auto-picture") {
-            parsed.autoPicture = true;
         } else if (arg.size() > 1 && arg[0] == '-' && arg != "-") {
             usage = true;
             return "";
@@ -100,33 +55,6 @@ ParseScanArgs(const std::vector<std::string> &args, ScanKind kind, ScanArgs &par
     }
     usage = parsed.video.empty();
     return "";
-}
-
-// A value of the command line into its project field, clamped to the field's bounds as the
-// project file reads it, with its text rebuilt.
-void SetParam(core::ParamRange &param, const std::optional<double> &value)
-{
-    if (value) {
-        param.dValue = std::clamp(*value, param.dMin, param.dMax);
-        core::UpdateParamText(param);
-    }
-}
-
-// The lines of ffprobe's error output for file, joined with "; ", each without the tool's
-// "[demuxer @ address] " and without the file name in front.
-std::string ProbeErrors(engine::CTarnwickProcess &engine, const std::string &file)
-{
-    std::string text;
-    engine.RunFfprobeJson(file, text, 0);
-    return FfprobeErrorLines(text, [&file](std::string &line) {
-        size_t close = line.find("] ");
-        if (line[0] == '[' && close != std::string::npos) {
-            line.erase(0, close + 2);
-        }
-        if (line.compare(0, file.size() + 2, file + ": ") == 0) {
-            line.erase(0, file.size() + 2);
-        }
-    });
 }
 
 // Seconds of a frame number at fps; 0 when fps is not above 0.
@@ -151,73 +79,78 @@ const char *CommandName(ScanKind kind)
     }
 }
 
+unsigned OptionGroups(ScanKind kind)
+{
+    switch (kind) {
+    case ScanKind::Scan:
+        return kScanOptions;
+    case ScanKind::Analyze:
+        return kFolderOption | kEncodeOptions;
+    case ScanKind::Extract:
+        return kScanOptions | kFolderOption | kPictureOptions | kEncodeOptions;
+    default:
+        return kAllProjectOptions;
+    }
+}
+
 ScanSession::ScanSession()
+    : m_bench(m_view, m_mergeView)
+    , data(m_bench.Scene().Data())
 {
-    m_engine.pData = &data;
-    m_engine.pHostDlg = &m_host;
-    m_engine.bMergeMode = 0;
-    m_host.Tab(0).SetDefaultSceneRoutine([this] { workspace::MakeDefaultScene(data); });
+    Tab().Init();
 }
 
-JobOutcome ScanSession::RunSceneExtract(bool bCutScenes)
+JobOutcome ScanSession::RunJob(const std::function<void()> &start, ProgressLine *progress)
 {
-    return RunJob(engine::kJobSceneExtract, bCutScenes, {});
+    return RunJob(Tab(), start, progress);
 }
 
-JobOutcome ScanSession::RunJob(int nJob,
-                               bool bCutScenes,
-                               const std::function<void(const engine::JobMessage &)> &observer)
+JobOutcome ScanSession::RunJob(workspace::CTarnwickTab &tab,
+                               const std::function<void()> &start,
+                               ProgressLine *progress)
 {
     JobOutcome outcome;
-    engine::HeadlessTab &tab = m_host.Tab(0);
-    int stages = 0;
-    tab.SetOnMessage([&](const engine::JobMessage &msg) {
-        if (observer) {
-            observer(msg);
-        }
-        if (msg.id == engine::AppMessage::WM_APP_STAGE_BEGIN) {
-            ++stages;
-        } else if (msg.id == engine::AppMessage::WM_APP_JOB_STATE &&
-                   msg.wParam == core::kStateFailed && msg.text && outcome.failure.empty()) {
-            outcome.failure = *msg.text; // the first says why; the job's own follows
-        }
-        tab.ClearMessages(); // one message a frame: keep nothing
-    });
-    m_engine.bCutScenes = bCutScenes;
-    m_engine.nScanFrames = 0;
-    outcome.stopped = !RunJobUntilSignal(m_engine, m_host, nJob);
-    m_engine.JoinAfterScanThread();
-    outcome.result = m_engine.nProcessExitCode;
-    outcome.scanned = stages >= 2;
-    outcome.defaultScene = tab.DefaultSceneCalls() > 0;
-    outcome.framesScanned = m_engine.nScanFrames;
+    m_view.Follow(progress);
+    m_mergeView.Follow(progress);
+    {
+        SignalStop stop([this, &tab] {
+            tab.RequestStop();
+            m_bench.Wake();
+        });
+        start();
+        outcome.stopped = !m_bench.WaitForJob(tab, [&stop] { return stop.StopRequested(); });
+    }
+    m_view.Follow(nullptr);
+    m_mergeView.Follow(nullptr);
+    if (progress != nullptr) {
+        progress->Finish();
+    }
+    const workspace::JobReport &report = tab.LastJob();
+    outcome.result = report.nResult;
+    outcome.scanned = report.nStages >= 2;
+    outcome.failure = report.failure;
+    outcome.defaultScene = report.bDefaultScene;
+    outcome.tooSmall = report.bPictureTooSmall;
+    outcome.framesScanned = report.nFramesScanned;
     outcome.framesAnnounced = data.viInput.frame_num;
     outcome.framesSource =
         data.viSource.frame_num > 0 ? data.viSource.frame_num : data.viInput.frame_num;
     outcome.converted = !data.input_mp4_file.empty();
-    tab.SetOnMessage({});
+    outcome.cutResults = report.cutResults;
     return outcome;
 }
 
-void PrepareProject(core::CTarnwickData &data, const ScanArgs &args)
+std::string ScanSession::ProbeErrors(const std::string &file)
 {
-    data.ResetProject(false);
-    SetParam(data.threshold, args.threshold);
-    SetParam(data.valid_min_unit, args.validMin);
-    SetParam(data.cut_min_unit, args.cutMin);
-    std::error_code ec;
-    if (!args.outputFolder.empty()) {
-        std::string folder = std::filesystem::absolute(args.outputFolder, ec).string();
-        data.output_folder = core::SetTrailingSeparator(folder, true);
-    }
-    data.output_name = args.outputName;
-    data.capTitle.caption = args.title;
-    data.transition = args.transition ? 1 : 0;
-    if (args.preset) {
-        data.nEncodePreset = static_cast<int>(*args.preset);
-    }
-    // What is still empty gets its name from the video.
-    core::DeriveProjectNames(data, std::filesystem::absolute(args.video, ec).string());
+    return FfprobeErrorLines(Tab().ProbeText(file), [&file](std::string &line) {
+        size_t close = line.find("] ");
+        if (line[0] == '[' && close != std::string::npos) {
+            line.erase(0, close + 2);
+        }
+        if (line.compare(0, file.size() + 2, file + ": ") == 0) {
+            line.erase(0, file.size() + 2);
+        }
+    });
 }
 
 int ReportFailure(const char *command,
@@ -242,11 +175,11 @@ int ReportFailure(const char *command,
         return kExitBadInput;
     }
     if (!outcome.scanned) {
-        std::string reason = ProbeErrors(session.Engine(), video);
+        std::string reason = session.ProbeErrors(video);
         err << head << "is not a video file" << (reason.empty() ? "" : " (" + reason + ")") << "\n";
         return kExitBadInput;
     }
-    if (outcome.result == -1 && outcome.failure == "ExitCode(-1)") {
+    if (outcome.tooSmall) {
         const core::VideoInfo &info = session.data.viInput;
         err << head << "the picture is too small to scan (" << info.width << "x" << info.height
             << ")\n";
@@ -290,7 +223,7 @@ int ConversionTolerance(const JobOutcome &outcome)
 
 bool LooksTruncated(const JobOutcome &outcome)
 {
-    return !outcome.stopped && outcome.result == engine::kJobOk &&
+    return !outcome.stopped && outcome.result == 0 &&
            outcome.framesScanned < outcome.framesSource - ConversionTolerance(outcome);
 }
 
@@ -351,7 +284,7 @@ void PrintDefaultNote(const JobOutcome &outcome, const core::CTarnwickData &data
     if (!outcome.defaultScene) {
         return;
     }
-    if (outcome.stopped || outcome.result != engine::kJobOk) {
+    if (outcome.stopped || outcome.result != 0) {
         // Nothing can be said of motion in the part that was not scanned.
         out << "No scene was found before the scan ended early: the scene above is the default "
                "scene.\n";
@@ -371,15 +304,10 @@ int ParseAndCheck(const std::vector<std::string> &args,
     bool usage = false;
     std::string error = ParseScanArgs(args, kind, parsed, usage);
     if (usage) {
-        io.err << (kind == ScanKind::Scan      ? kScanUsage
-                   : kind == ScanKind::Extract ? kExtractUsage
-                   : kind == ScanKind::Run     ? kRunUsage
-                                               : kAnalyzeUsage);
+        io.err << "Usage: tarnwickmp4-cli " << command << " VIDEO"
+               << ProjectOptionsUsage(OptionGroups(kind))
+               << (kind == ScanKind::Scan || kind == ScanKind::Analyze ? " [--json]" : "") << "\n";
         return kExitBadInput;
-    }
-    if (error.empty() && parsed.preset &&
-        (*parsed.preset != 0 && *parsed.preset != 1 && *parsed.preset != 2)) {
-        error = "--preset: 0 (best picture), 1 or 2 (smallest file) is wanted";
     }
     if (!error.empty()) {
         io.err << "tarnwickmp4-cli " << command << ": " << error << "\n";
@@ -392,7 +320,7 @@ int ParseAndCheck(const std::vector<std::string> &args,
                << problem << "\n";
         return kExitBadInput;
     }
-    problem = CheckOutputOptions(parsed.outputFolder, parsed.outputName);
+    problem = CheckOutputOptions(parsed.options.outputFolder, parsed.options.outputName);
     if (!problem.empty()) {
         io.err << "tarnwickmp4-cli " << command << ": " << problem << "\n";
         return kExitBadInput;

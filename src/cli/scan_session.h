@@ -4,14 +4,15 @@
 
 #include <functional>
 #include <iosfwd>
-#include <optional>
+#include <memory>
 #include <string>
 #include <vector>
 
+#include "cli/cli_view.h"
 #include "cli/commands.h"
-#include "core/tarnwick_data.h"
-#include "engine/headless_host.h"
-#include "engine/tarnwick_process.h"
+#include "cli/job_guard.h"
+#include "cli/project_options.h"
+#include "workspace/tab_bench.h"
 
 namespace cli {
 
@@ -21,22 +22,17 @@ enum class ScanKind { Scan, Extract, Run, Analyze };
 // "scan", "extract", "run" or "analyze".
 const char *CommandName(ScanKind kind);
 
+// The option groups each kind takes.
+unsigned OptionGroups(ScanKind kind);
+
 struct ScanArgs
 {
     std::string video;
-    std::optional<double> threshold; // changed pixels per full-HD frame, 0 to 1000
-    std::optional<double> validMin;  // seconds of activity a scene needs, 1 to 10
-    std::optional<double> cutMin;    // seconds of stillness that end a scene, 1 to 10
-    std::optional<double> preset;    // analyze: encoder preset 0 (best picture) to 2 (smallest)
-    bool json = false;               // scan and analyze
-    std::string outputFolder;        // extract and run; empty: VIDEO + "_out/"
-    std::string outputName;          // run only; empty: the input's name + "_trim.mp4"
-    std::string title;               // run only; empty: the default title
-    bool transition = false;         // run only: cross-fades between the scenes
-    bool autoPicture = false;        // run only: picture values measured from the video
+    ProjectOptions options;
+    bool json = false; // scan and analyze
 };
 
-// How a run of job 1053 ended. Read from typed results, never from message texts.
+// How a job ended. Read from the tab's typed report, never from message texts.
 struct JobOutcome
 {
     int result = 0;       // the job result
@@ -44,10 +40,12 @@ struct JobOutcome
     bool scanned = false; // the probe succeeded and the scan's tool was started
     std::string failure;  // text of the first "Failed" state, such as a start failure
     bool defaultScene = false;
+    bool tooSmall = false;   // the picture was too small to scan
     int framesScanned = 0;   // frames the scan compared
     int framesAnnounced = 0; // frames the working input's container announces
     int framesSource = 0;    // frames the given file's container announces
     bool converted = false;  // the scan read a working MP4 made from the given file
+    std::vector<int> cutResults;
 };
 
 // Frames that the scan of a healthy file may miss against the given file's count: none when
@@ -58,7 +56,7 @@ int ConversionTolerance(const JobOutcome &outcome);
 // The scan ended normally but read clearly fewer frames than the given file announces.
 bool LooksTruncated(const JobOutcome &outcome);
 
-// How the analysis of a newly opened video (job 1101) went. Read from typed results.
+// How opening a video or project (the analysis, job 1101) went. Read from typed results.
 struct AnalysisOutcome
 {
     int result = 0;           // the analysis' result
@@ -68,32 +66,56 @@ struct AnalysisOutcome
     std::string failure;      // text of the first "Failed" state, such as a start failure
 };
 
-// One scene tab of a headless host with its engine and project.
+// The command line's scene tab: the tab and its host without a window, with the command
+// line as the tab's view.
 class ScanSession
 {
 public:
     ScanSession();
 
-    engine::CTarnwickProcess &Engine() { return m_engine; }
+    workspace::CTarnwickTabScene &Tab() { return m_bench.Scene(); }
+    // The merge tab, not started: its user calls Init and makes it the active tab.
+    workspace::CTarnwickTabMerge &MergeTab() { return m_bench.Merge(); }
+    workspace::TabBench &Bench() { return m_bench; }
+    CliView &View() { return m_view; }
 
-    // Runs job 1053 until it ends or a signal stops it, and waits for what follows the scan.
-    JobOutcome RunSceneExtract(bool bCutScenes);
-    // The analysis of the project's video (job 1101) on this thread, which pumps the tab's
-    // messages meanwhile; Ctrl-C or a termination request stops it. observer, when given, sees
-    // every message of the tab.
-    AnalysisOutcome Analyze(bool bProjectLoad,
-                            const std::function<void(const engine::JobMessage &)> &observer = {});
-    // Runs job nJob the same way; observer sees every message of the tab, on this thread.
-    JobOutcome RunJob(int nJob,
-                      bool bCutScenes,
-                      const std::function<void(const engine::JobMessage &)> &observer);
-
-    core::CTarnwickData data;
+    // The tab's open command for video (its folder, name and title as ApplyNames set them);
+    // Ctrl-C or a termination request stops the analysis.
+    AnalysisOutcome OpenVideo(const std::string &video);
+    // The tab's open command for a saved project.
+    AnalysisOutcome OpenProject(const std::string &project);
+    // Starts a job through start (a command of the tab) and serves the tab until it has
+    // ended or a signal stops it; progress, when given, follows its stages.
+    JobOutcome RunJob(const std::function<void()> &start, ProgressLine *progress = nullptr);
+    // The same on either tab.
+    JobOutcome RunJob(workspace::CTarnwickTab &tab,
+                      const std::function<void()> &start,
+                      ProgressLine *progress);
+    // The automatic picture of the tab; the exit status, or -1 when the values were measured.
+    int MeasurePicture(const std::string &command, const std::string &video, std::ostream &err);
+    // Makes the project's output folder and locks it and the project file for the session's
+    // whole length (JobGuard); false, with the reason on err, when that fails.
+    bool Lock(const std::string &head, const std::string &owner, std::ostream &err);
+    // ffprobe's error lines for file, each without the tool's "[demuxer @ address] " and
+    // without the file name in front, joined with "; ".
+    std::string ProbeErrors(const std::string &file);
 
 private:
-    engine::HeadlessHost m_host; // before the engine: it outlives the engine
-    engine::CTarnwickProcess m_engine;
+    AnalysisOutcome Open(const std::function<int()> &open);
+
+    std::unique_ptr<JobGuard> m_guard; // released after the tab has ended
+    CliView m_view;
+    CliView m_mergeView;
+    workspace::TabBench m_bench;
+
+public:
+    core::CTarnwickData &data; // the tab's project
 };
+
+// What extract and run do before their job: the project's names planned from the options and
+// the video, the session locked, the video opened (the analysis), the options' values applied
+// and, when asked, the automatic picture. The exit status, or -1 when the job can start.
+int OpenForJob(ScanKind kind, const ScanArgs &parsed, ScanSession &session, CliOutput &io);
 
 // Parses the arguments of a scan command and checks VIDEO and the output options; prints the
 // problem and returns an exit status, or -1 when the command can go on.
@@ -101,9 +123,6 @@ int ParseAndCheck(const std::vector<std::string> &args,
                   ScanKind kind,
                   ScanArgs &parsed,
                   CliOutput &io);
-
-// A new project for the video as opening it makes one, with the options of the command line.
-void PrepareProject(core::CTarnwickData &data, const ScanArgs &args);
 
 // Reports an outcome that is not a success on err (a stop is ReportScanExtent's to tell);
 // returns its exit status, or -1 when the scan succeeded.

@@ -231,6 +231,7 @@ int CTarnwickProcess::ExecuteCmdLoadVideo(const std::string &path, int nThreshol
 {
     const char *function = "CTarnwickProcess::ExecuteCmdLoadVideo";
     cutResults.clear();
+    bScanTooSmall = false;
     SendStageBegin(core::kStageSceneExtract, pData->viInput.frame_num);
     const ScanSetup setup = MakeSetup(*pData, nThreshold);
     const std::string command = ScanCommand(pData->bUseCuda != 0, path, setup.w, setup.h);
@@ -244,6 +245,7 @@ int CTarnwickProcess::ExecuteCmdLoadVideo(const std::string &path, int nThreshol
         return exitCode;
     }
     hProcess = child.Pid();
+    bScanTooSmall = setup.nPixels == 0;
     if (setup.nPixels == 0) {
         child.Kill(kJobCannotStart); // the first read then yields nothing
     }

@@ -33,6 +33,11 @@ CTarnwickProcess::CTarnwickProcess()
 
 CTarnwickProcess::~CTarnwickProcess()
 {
+    EndThreads();
+}
+
+void CTarnwickProcess::EndThreads()
+{
     if (workerThread.joinable()) {
         if (workerThread.get_id() == std::this_thread::get_id()) {
             core::Log("%s(%d) destroyed on its own job thread\n",
@@ -56,6 +61,7 @@ CTarnwickProcess::~CTarnwickProcess()
         WaitPumping(running);
         queueThread.join();
     }
+    EndPreviewThread(); // a check may have asked for a still
 }
 
 void CTarnwickProcess::WaitPumping(const std::atomic<bool> &busy)

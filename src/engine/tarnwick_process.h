@@ -96,6 +96,12 @@ public:
     // (CancelProcess): its thread may be waiting for the user-interface thread. Destroying
     // the engine on its own worker thread ends the program.
     virtual ~CTarnwickProcess();
+    // What the destructor does, for an owner that must end the threads while the tab they
+    // report to is still whole: joins the worker, after-scan, check-queue and preview threads,
+    // handling the current tab's messages meanwhile. Stop a running job first.
+    void EndThreads();
+    // Drops a waiting still request and waits for the preview thread.
+    void EndPreviewThread();
     CTarnwickProcess(const CTarnwickProcess &) = delete;
     CTarnwickProcess &operator=(const CTarnwickProcess &) = delete;
 
@@ -253,6 +259,8 @@ public:
     // viCurrent.frame_num means the file holds fewer frames than its container announces (a
     // truncated or damaged recording); after a stop, how far the scan came.
     std::atomic<int> nScanFrames{0};
+    // The last scan's picture was too small to compare (no scan pixel); the scan then failed.
+    std::atomic<bool> bScanTooSmall{false};
     // Results of the cuts of the last scan, one per scene in the order found (0 for a segment
     // written, else CutSceneQuiet's result); empty when it cut nothing. Written by the worker
     // thread at the end of the scan; read it only while no job runs.

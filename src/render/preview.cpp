@@ -126,14 +126,19 @@ void CTarnwickProcess::MakePreviewImage(const PreviewRequest &request)
 
 CTarnwickProcess::PreviewThreadEnd::~PreviewThreadEnd()
 {
+    engine.EndPreviewThread();
+}
+
+void CTarnwickProcess::EndPreviewThread()
+{
     {
-        std::lock_guard<std::mutex> lock(engine.previewMutex);
-        engine.previewRequest.reset();
+        std::lock_guard<std::mutex> lock(previewMutex);
+        previewRequest.reset();
     }
-    engine.WaitPumping(engine.bPreviewRunning);
-    std::lock_guard<std::mutex> lock(engine.previewMutex);
-    if (engine.previewThread.joinable()) {
-        engine.previewThread.join();
+    WaitPumping(bPreviewRunning);
+    std::lock_guard<std::mutex> lock(previewMutex);
+    if (previewThread.joinable()) {
+        previewThread.join();
     }
 }
 

@@ -52,6 +52,7 @@ CTarnwickTab::~CTarnwickTab()
 {
     m_Process.CancelProcess();
     JoinHelpers();
+    m_Process.EndThreads();
 }
 
 void CTarnwickTab::MakeDefaultScene()
@@ -195,6 +196,25 @@ void CTarnwickTab::StopProcess()
     m_bStopping = true;
     m_Process.CancelProcess();
     m_bStopping = false;
+}
+
+void CTarnwickTab::StartProbe(const std::string &file, int nKind)
+{
+    m_probe = ProbeReport{};
+    m_Process.SetJobFunction(kJobProbe, m_Process.bMergeMode, [this, file, nKind](int) {
+        // Written by the job's thread only; read after its end.
+        m_probe.nResult = nKind != 0 ? m_Process.RunFfprobeJson(file, m_probe.text, nKind)
+                                     : m_Process.GetVideoInfoFfprobe(file, m_probe.info);
+        return m_probe.nResult;
+    });
+    StartProcess(kJobProbe);
+}
+
+std::string CTarnwickTab::ProbeText(const std::string &file)
+{
+    std::string text;
+    m_Process.RunFfprobeJson(file, text, 0);
+    return text;
 }
 
 void CTarnwickTab::RequestStop()
@@ -361,6 +381,11 @@ void CTarnwickTab::OnJobMessage(const JobMessage &msg)
         m_report.nResult = static_cast<int>(msg.lParam);
         m_report.bFinished = true;
         m_report.bDefaultScene = m_bDefaultSceneMade;
+        if (nJob == engine::kJobSceneExtract || nJob == engine::kJobExtractAndOutput) {
+            m_report.nFramesScanned = m_Process.nScanFrames;
+            m_report.bPictureTooSmall = m_Process.bScanTooSmall;
+            m_report.cutResults = m_Process.cutResults;
+        }
         if (engine::IsRenderJobNumber(nJob)) {
             StopElapsedTimer();
             OnRenderJobEnd();
@@ -415,6 +440,9 @@ void CTarnwickTab::OnJobMessage(const JobMessage &msg)
         } else {
             SetPane(kPaneElapsed, "");
         }
+        if (msg.lParam >= 0) {
+            m_view.SetProgressCount(0, static_cast<int>(msg.lParam));
+        }
         break;
     }
     case AppMessage::WM_APP_PROGRESS: {
@@ -430,6 +458,7 @@ void CTarnwickTab::OnJobMessage(const JobMessage &msg)
         SetPane(kPaneProgress,
                 core::StrPrintf(
                     "%d/%d (%.2f%%)", static_cast<int>(done), static_cast<int>(total), percent));
+        m_view.SetProgressCount(static_cast<int>(done), static_cast<int>(total));
         break;
     }
     case AppMessage::WM_APP_JOB_STATE: {

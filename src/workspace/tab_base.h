@@ -17,6 +17,9 @@
 
 namespace workspace {
 
+// A job of the tabs' own: a probe that a stop can reach.
+inline constexpr int kJobProbe = 9001;
+
 // How the last job of a tab went, from its messages, as values a view can read.
 struct JobReport
 {
@@ -27,6 +30,32 @@ struct JobReport
     int nStages = 0;            // stages begun
     std::string failure;        // the first reason given with a "Failed" state, for the user
     bool bDefaultScene = false; // the scan found nothing and left the default scene
+    // Scene extraction: frames the scan compared, and whether the picture was too small to
+    // compare at all.
+    int nFramesScanned = 0;
+    bool bPictureTooSmall = false;
+    // The result of each scene's cut in list order (0 a segment written), while scanning.
+    std::vector<int> cutResults;
+};
+
+// Where the frame times of an opened video came from.
+enum class TimesOrigin { None, Kept, Computed, Read };
+
+// How the last opening of a video or project went (the analysis, job 1101).
+struct AnalysisReport
+{
+    bool bProbed = false;           // the given file's facts were read
+    bool bNeedsWorkingFile = false; // the given file is not used as it is
+    bool bWorkingFileMade = false;  // this analysis made the working MP4
+    TimesOrigin times = TimesOrigin::None;
+};
+
+// What a probe job found: ffprobe's JSON text (a kind from 1) or the stream facts (kind 0).
+struct ProbeReport
+{
+    int nResult = 0;
+    std::string text;
+    core::VideoInfo info;
 };
 
 // The host dialog's rule as the engine sees it: reports go to the tab in front.
@@ -80,6 +109,14 @@ public:
     bool IsJobRunning() const { return m_Process.bThreadRunning; }
     int RunningJob() const { return m_Process.nProcessID; }
     const JobReport &LastJob() const { return m_report; }
+    // Reads file with ffprobe as a job of the tab, so that a stop reaches the tool: kind 0 the
+    // stream facts, 1 to 5 ffprobe's JSON text of that kind. The result is in LastProbe when
+    // the job has ended.
+    void StartProbe(const std::string &file, int nKind);
+    const ProbeReport &LastProbe() const { return m_probe; }
+    const AnalysisReport &LastAnalysis() const { return m_analysis; }
+    // ffprobe's whole output for file (its error lines when it cannot read it); blocks.
+    std::string ProbeText(const std::string &file);
 
     // ---- State for the view ----
     void UpdateControls(bool bEnable);
@@ -103,6 +140,10 @@ public:
     void SetPositionDrag(bool bDrag) { m_bPositionDrag = bDrag; }
     // Where the picture pane stands on the screen, for the player window. Any thread.
     void SetPreviewPaneOrigin(engine::ScreenPoint origin);
+
+    // Helper threads (automatic picture, stills) at work; waiting for them serves messages.
+    bool HelpersRunning() const { return m_helpersRunning > 0; }
+    void JoinHelpers();
 
     // The project; read it on the owning thread while no job runs.
     const core::CTarnwickData &Data() const { return m_Data; }
@@ -132,7 +173,6 @@ protected:
     // Runs work on a helper thread that the tab waits for before it goes; messages it sends are
     // served meanwhile.
     void RunHelper(std::function<void()> work);
-    void JoinHelpers();
     // The show-input and show-output buttons: a running playback stops; unless it was the
     // button's own job (nButtonJob), file stands on show as a still at its stored position.
     void ShowWholeFile(int nButtonJob, const std::string &file);
@@ -162,6 +202,8 @@ protected:
     std::atomic<int> m_paneTop{0};
     std::atomic<bool> m_bDefaultSceneMade{false};
     JobReport m_report;
+    ProbeReport m_probe;
+    AnalysisReport m_analysis;
 
 private:
     std::chrono::steady_clock::time_point m_start;

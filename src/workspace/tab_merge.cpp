@@ -47,8 +47,10 @@ CTarnwickTabMerge::CTarnwickTabMerge(TabView &view,
 
 CTarnwickTabMerge::~CTarnwickTabMerge()
 {
+    // The engine's threads end while the tab they report to is whole.
     m_Process.CancelProcess();
     JoinHelpers();
+    m_Process.EndThreads();
 }
 
 void CTarnwickTabMerge::ApplyChoices()

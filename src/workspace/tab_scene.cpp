@@ -12,6 +12,8 @@
 #include "core/helpers.h"
 #include "core/language.h"
 #include "core/project_names.h"
+#include "engine/encoder_presets.h"
+#include "engine/input_analysis.h"
 #include "workspace/scene_defaults.h"
 #include "workspace/tab_controls.h"
 
@@ -72,8 +74,10 @@ CTarnwickTabScene::CTarnwickTabScene(TabView &view,
 
 CTarnwickTabScene::~CTarnwickTabScene()
 {
+    // The engine's threads end while the tab they report to is whole.
     m_Process.CancelProcess();
     JoinHelpers();
+    m_Process.EndThreads();
 }
 
 void CTarnwickTabScene::Init()
@@ -104,6 +108,7 @@ int CTarnwickTabScene::OpenVideo(const std::string &given)
     if (path == m_Data.input_file) {
         return 0;
     }
+    m_analysis = AnalysisReport{};
     if (!Exists(path)) {
         ShowFields();
         ReportProblem(kIdsFileMissing, path);
@@ -159,9 +164,31 @@ int CTarnwickTabScene::AnalyzeInput(bool bProjectLoad)
     StartElapsedTimer();
     m_report = JobReport{};
     m_report.nJob = engine::kJobInputAnalysis;
+    m_analysis = AnalysisReport{};
+    const std::string working = engine::WorkingFilePath(m_Data);
+    const bool bWorkingThere = Exists(working);
     const int r = m_Process.AnalyzeInputFile(bProjectLoad, m_Data.list_idx);
     m_report.bFinished = true;
     m_report.nResult = r;
+    m_analysis.bProbed = m_Data.viSource.width > 0;
+    m_analysis.bNeedsWorkingFile =
+        !engine::UsedAsItIs(m_Data.input_file, m_Data.viSource.field_order);
+    m_analysis.bWorkingFileMade =
+        !bWorkingThere && m_Data.input_mp4_file == working && Exists(working);
+    switch (m_Process.ptsSource.load()) {
+    case engine::CTarnwickProcess::PtsSource::Kept:
+        m_analysis.times = TimesOrigin::Kept;
+        break;
+    case engine::CTarnwickProcess::PtsSource::Computed:
+        m_analysis.times = TimesOrigin::Computed;
+        break;
+    case engine::CTarnwickProcess::PtsSource::Read:
+        m_analysis.times = TimesOrigin::Read;
+        break;
+    default:
+        m_analysis.times = TimesOrigin::None;
+        break;
+    }
     if (r == 0) {
         SaveProject(false);
     }
@@ -176,6 +203,7 @@ int CTarnwickTabScene::OpenProject(const std::string &given, bool bForce)
     if (path == m_Data.project_file && m_Data.bAutoSave != 0 && !bForce) {
         return 0;
     }
+    m_analysis = AnalysisReport{};
     if (!Exists(path)) {
         ReportProblem(kIdsFileMissing, path);
         return -1;
@@ -706,6 +734,7 @@ void CTarnwickTabScene::AutoPicture()
         }
         m_endpoint.Send({engine::AppMessage::WM_APP_ANALYSIS_BUSY, 0, 0, std::nullopt});
         const int r = m_Process.AnalyzeVideoEQParams(path, 10);
+        m_nAutoPictureResult = r;
         if (r == 0) {
             SaveProject(false);
         }

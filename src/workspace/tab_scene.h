@@ -90,6 +90,11 @@ public:
     void ResetPicture();
     void ResetSceneList();
     void AutoPicture();
+    // The result of the last automatic picture (0: the values were measured and set).
+    int LastAutoPictureResult() const { return m_nAutoPictureResult; }
+    // Scene extraction cuts each scene while it scans (the default); off, it only lists them
+    // and writes nothing.
+    void SetCutWhileScanning(bool bCut) { m_Process.bCutScenes = bCut; }
 
     // ---- The scene list ----
     void SelectRow(int nRow, int nColumn);
@@ -155,6 +160,7 @@ private:
     bool m_bCellEdit = false;
     int m_nDragRow = -1;
     bool m_bValueGuard = false;
+    std::atomic<int> m_nAutoPictureResult{0};
 };
 
 } // namespace workspace

@@ -150,6 +150,9 @@ public:
     virtual void ShowRow(int nRow, const ListRow &row) = 0;
     virtual void SetStatusPane(int nPane, const std::string &text) = 0;
     virtual void SetProgress(int nPercent) = 0;
+    // How much of the stage's total is done (frames, or scenes), as the progress pane shows
+    // it; a stage without a total reports none.
+    virtual void SetProgressCount(int nDone, int nTotal) = 0;
     // The position bar, 0 to 1000.
     virtual void SetPositionBar(int nValue) = 0;
     // The position readout and the file summary line.

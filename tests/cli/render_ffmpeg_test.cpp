@@ -165,7 +165,10 @@ TEST(CliRender, BadArgumentsAndNamesAreRefused)
     RunResult r = RunCli({"render"});
     EXPECT_EQ(r.exitCode, 2);
     EXPECT_EQ(r.err,
-              "Usage: tarnwickmp4-cli render PROJECT [--output-folder DIR] [--output-name NAME]\n");
+              "Usage: tarnwickmp4-cli render PROJECT [--threshold N] [--valid-min S] [--cut-min S] "
+              "[--brightness N] [--contrast N] [--saturation N] [--gamma N] [--cinema-scope] "
+              "[--auto-picture] [--transition] [--title TEXT] [--no-watermark] [--preset 0|1|2] "
+              "[--cuda] [--output-folder DIR] [--output-name NAME] [--json]\n");
     r = RunCli({"render", dir.file("missing.twproj")});
     EXPECT_EQ(r.exitCode, 2);
     EXPECT_TRUE(IsOneLine(r.err)) << r.err;
@@ -192,6 +195,8 @@ TEST(CliRender, CtrlCDuringTheRenderLeavesNoFilmAndNoTool)
         });
     ASSERT_FALSE(run.endedEarly) << run.err;
     EXPECT_EQ(run.exitCode, 130);
+    EXPECT_NE(run.err.find(": stopped; the finished segments are kept"), std::string::npos)
+        << run.err;
     EXPECT_FALSE(fs::exists(film));
     EXPECT_TRUE(testsupport::FilesMatching(clip + "_out", "trim").empty());
     EXPECT_EQ(testsupport::CountProcessesWith(dir.path()), 0);

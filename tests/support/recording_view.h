@@ -19,6 +19,11 @@ public:
     void ShowRow(int nRow, const workspace::ListRow &row) override;
     void SetStatusPane(int nPane, const std::string &text) override;
     void SetProgress(int nPercent) override;
+    void SetProgressCount(int nDone, int nTotal) override
+    {
+        progressDone = nDone;
+        progressTotal = nTotal;
+    }
     void SetPositionBar(int nValue) override { positionBar = nValue; }
     void SetPositionText(const std::string &text) override { positionText = text; }
     void SetFileSummary(const std::string &text) override { fileSummary = text; }
@@ -38,6 +43,8 @@ public:
     std::string panes[4];
     int progress = 0;
     std::vector<int> progressSeen;
+    int progressDone = 0;
+    int progressTotal = 0;
     int positionBar = 0;
     std::string positionText;
     std::string fileSummary;

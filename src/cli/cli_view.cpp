@@ -1,0 +1,20 @@
+// The command line as a view of a tab.
+#include "cli/cli_view.h"
+
+namespace cli {
+
+void CliView::SetStatusPane(int nPane, const std::string &text)
+{
+    if (m_progress != nullptr && nPane == workspace::kPaneStage && !text.empty()) {
+        m_progress->OnStage(text);
+    }
+}
+
+void CliView::SetProgressCount(int nDone, int nTotal)
+{
+    if (m_progress != nullptr) {
+        m_progress->OnCount(nDone, nTotal);
+    }
+}
+
+} // namespace cli

@@ -1,0 +1,45 @@
+// The command line as a view of a tab: it shows the progress of a job on standard error,
+// keeps the messages a tab gives for the command to report, answers every question with yes
+// (the command was the user's answer) and chooses no files.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "cli/progress_line.h"
+#include "workspace/tab_view.h"
+
+namespace cli {
+
+class CliView : public workspace::TabView
+{
+public:
+    void ShowList(const std::vector<workspace::ListRow> &, int) override {}
+    void ShowRow(int, const workspace::ListRow &) override {}
+    void SetStatusPane(int nPane, const std::string &text) override;
+    void SetProgress(int) override {}
+    void SetProgressCount(int nDone, int nTotal) override;
+    void SetPositionBar(int) override {}
+    void SetPositionText(const std::string &) override {}
+    void SetFileSummary(const std::string &) override {}
+    void SetInputSummary(const std::string &) override {}
+    void ShowPicture(const std::string &) override {}
+    void SetControls(const workspace::ControlStates &) override {}
+    void ShowFields(const workspace::FieldTexts &) override {}
+    void SetBusyCursor(bool) override {}
+    bool AskYesNo(int) override { return true; }
+    void ShowError(const std::string &text) override { m_errors.push_back(text); }
+    std::optional<std::string> ChooseFile(const workspace::FileChoice &) override { return {}; }
+    std::optional<std::string> ChooseFolder(int, const std::string &) override { return {}; }
+
+    // The progress line that follows the stages and counts; null for none.
+    void Follow(ProgressLine *line) { m_progress = line; }
+    // The messages the tab gave, oldest first.
+    const std::vector<std::string> &Errors() const { return m_errors; }
+
+private:
+    ProgressLine *m_progress = nullptr;
+    std::vector<std::string> m_errors;
+};
+
+} // namespace cli

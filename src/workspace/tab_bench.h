@@ -1,0 +1,52 @@
+// The host dialog without a window: one message loop on the constructing thread, the host and
+// both tabs. The command line drives the tabs through it, as the window drives them through
+// its own loop.
+#pragma once
+
+#include <functional>
+#include <memory>
+
+#include "workspace/tab_merge.h"
+#include "workspace/tab_scene.h"
+
+namespace engine {
+class HeadlessSink;
+}
+
+namespace workspace {
+
+class TabBench
+{
+public:
+    // The views must outlive the bench. The tabs are built but not started: call Init on the
+    // one that is used.
+    TabBench(TabView &sceneView, TabView &mergeView);
+    // Stops what runs, then ends the tabs before their loop.
+    ~TabBench();
+    TabBench(const TabBench &) = delete;
+    TabBench &operator=(const TabBench &) = delete;
+
+    CTarnwickTabScene &Scene() { return *m_scene; }
+    CTarnwickTabMerge &Merge() { return *m_merge; }
+    // 0: reports go to the scene tab; 1: to the merge tab.
+    void SetActiveTab(int nTab) { m_host.SetActiveTab(nTab); }
+
+    // Serves the tabs' messages until done() is true (tested after every round, after Wake
+    // and at least every 10 ms). Owning thread.
+    void RunUntil(const std::function<bool()> &done);
+    // Any thread: makes RunUntil test its condition now.
+    void Wake();
+    // Serves messages until tab's job has ended, or until stopRequested() holds, which stops
+    // the job (no tool is left). True when the job ended by itself.
+    bool WaitForJob(CTarnwickTab &tab, const std::function<bool()> &stopRequested);
+    // The same for the helper threads of tab (automatic picture, stills).
+    bool WaitForHelpers(CTarnwickTab &tab, const std::function<bool()> &stopRequested);
+
+private:
+    std::unique_ptr<engine::HeadlessSink> m_loop;
+    TabHost m_host;
+    std::unique_ptr<CTarnwickTabScene> m_scene;
+    std::unique_ptr<CTarnwickTabMerge> m_merge;
+};
+
+} // namespace workspace
