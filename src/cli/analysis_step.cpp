@@ -7,7 +7,6 @@
 
 #include "cli/cli_support.h"
 #include "cli/scan_session.h"
-#include "cli/signal_stop.h"
 #include "core/helpers.h"
 #include "core/project_names.h"
 
@@ -22,13 +21,10 @@ constexpr int kResultStopped = -2;
 AnalysisOutcome ScanSession::Open(const std::function<int()> &open)
 {
     AnalysisOutcome outcome;
-    {
-        // A stop reaches the analysis' tools through the tab; the analysis serves the tab's
-        // messages meanwhile.
-        SignalStop stop([this] { Tab().RequestStop(); });
-        outcome.result = open();
-        outcome.stopped = stop.StopRequested();
-    }
+    // A stop reaches the analysis' tools through the tab; the analysis serves the tab's
+    // messages meanwhile.
+    outcome.result = StopRequested() ? -2 : open();
+    outcome.stopped = StopRequested();
     const workspace::AnalysisReport &analysis = Tab().LastAnalysis();
     outcome.probed = analysis.bProbed;
     outcome.workingMade = analysis.bWorkingFileMade;
@@ -54,15 +50,10 @@ int ScanSession::MeasurePicture(const std::string &command,
                                 const std::string &video,
                                 std::ostream &err)
 {
-    bool finished = true;
-    {
-        SignalStop stop([this] {
-            Tab().RequestStop();
-            m_bench.Wake();
-        });
+    if (!StopRequested()) {
         Tab().AutoPicture();
-        finished = m_bench.WaitForHelpers(Tab(), [&stop] { return stop.StopRequested(); });
     }
+    const bool finished = m_bench.WaitForHelpers(Tab(), [this] { return StopRequested(); });
     const int result = Tab().LastAutoPictureResult();
     const std::string head = "tarnwickmp4-cli " + command + ": " + video + ": ";
     if (!finished || result == kResultStopped) {

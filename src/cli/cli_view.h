@@ -23,7 +23,11 @@ public:
     void SetPositionText(const std::string &) override {}
     void SetFileSummary(const std::string &) override {}
     void SetInputSummary(const std::string &) override {}
-    void ShowPicture(const std::string &) override {}
+    void ShowPicture(const std::string &path) override
+    {
+        m_picture = path;
+        ++m_pictures;
+    }
     void SetControls(const workspace::ControlStates &) override {}
     void ShowFields(const workspace::FieldTexts &) override {}
     void SetBusyCursor(bool) override {}
@@ -34,12 +38,18 @@ public:
 
     // The progress line that follows the stages and counts; null for none.
     void Follow(ProgressLine *line) { m_progress = line; }
+    // The last picture the tab showed; empty before the first.
+    const std::string &Picture() const { return m_picture; }
+    // How many pictures the tab has shown.
+    int PictureCount() const { return m_pictures; }
     // The messages the tab gave, oldest first.
     const std::vector<std::string> &Errors() const { return m_errors; }
 
 private:
     ProgressLine *m_progress = nullptr;
     std::vector<std::string> m_errors;
+    std::string m_picture;
+    int m_pictures = 0;
 };
 
 } // namespace cli

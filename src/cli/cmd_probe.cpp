@@ -7,17 +7,12 @@
 #include <nlohmann/json.hpp>
 
 #include "cli/cli_support.h"
-#include "core/language.h"
+#include "cli/scan_session.h"
 #include "core/tarnwick_data.h"
-#include "engine/headless_host.h"
-#include "engine/tarnwick_process.h"
 
 namespace cli {
 namespace {
 
-// A job number that only the command line uses: the probe runs as a job, so that a stop
-// reaches it the way a tab's stop reaches any job.
-constexpr int kProbeJob = 9001;
 constexpr const char *kProbeUsage = "probe FILE [--kind N]   (N from 1 to 5)";
 // What the probe says of a folder and of a file it may not read alike.
 constexpr const char *kNotReadable = "is not a readable file";
@@ -67,16 +62,6 @@ std::string FactsJson(const core::VideoInfo &info)
     return j.dump(4);
 }
 
-// Runs fn as a job of a headless engine and pumps its messages until it ends or a signal
-// asks for a stop. Returns false when stopped.
-bool RunAsJob(engine::CTarnwickProcess &engine,
-              engine::HeadlessHost &host,
-              const engine::CTarnwickProcess::JobFunction &fn)
-{
-    engine.SetJobFunction(kProbeJob, 0, fn);
-    return RunJobUntilSignal(engine, host, kProbeJob);
-}
-
 } // namespace
 
 int RunProbe(const std::vector<std::string> &args, CliOutput &io)
@@ -97,43 +82,28 @@ int RunProbe(const std::vector<std::string> &args, CliOutput &io)
         io.err << "tarnwickmp4-cli probe: " << file << ": " << problem << "\n";
         return kExitFailed;
     }
-    core::CTarnwickData data;
-    engine::HeadlessHost host;
-    engine::CTarnwickProcess engine;
-    engine.pData = &data;
-    engine.pHostDlg = &host;
-    std::string failure; // text of the last failed state, such as a start failure
-    host.Tab(0).SetOnMessage([&failure](const engine::JobMessage &msg) {
-        if (msg.id == engine::AppMessage::WM_APP_JOB_STATE && msg.wParam == core::kStateFailed &&
-            msg.text) {
-            failure = *msg.text;
-        }
-    });
-    core::VideoInfo info;
-    std::string text;
-    int kind = parsed->kind;
-    bool finished = RunAsJob(engine, host, [&](int) {
-        return kind != 0 ? engine.RunFfprobeJson(file, text, kind)
-                         : engine.GetVideoInfoFfprobe(file, info);
-    });
-    if (!finished) {
+    // The probe runs as a job of the scene tab, so that Ctrl-C reaches the tool.
+    ScanSession session;
+    workspace::CTarnwickTabScene &tab = session.Tab();
+    const int kind = parsed->kind;
+    const JobOutcome outcome = session.RunJob([&] { tab.StartProbe(file, kind); });
+    if (outcome.stopped) {
         io.err << "tarnwickmp4-cli probe: " << file << ": stopped\n";
         return kExitStopped;
     }
-    int result = engine.nProcessExitCode;
+    const workspace::ProbeReport &probe = tab.LastProbe();
+    const int result = outcome.result;
     if (result == 0) {
-        io.out << (kind != 0 ? text : FactsJson(info) + "\n");
+        io.out << (kind != 0 ? probe.text : FactsJson(probe.info) + "\n");
         return kExitOk;
     }
     if (result == -1 && kind == 0) {
         io.err << "tarnwickmp4-cli probe: " << file << ": has no video stream\n";
         return kExitFailed;
     }
-    std::string reason = failure;
+    std::string reason = outcome.failure;
     if (reason.empty()) {
-        std::string errors;
-        RunAsJob(engine, host, [&](int) { return engine.RunFfprobeJson(file, errors, 0); });
-        reason = FfprobeErrorLines(errors);
+        reason = FfprobeErrorLines(tab.ProbeText(file));
     }
     io.err << "tarnwickmp4-cli probe: " << file << ": probe failed"
            << (reason.empty() ? "" : ": " + reason) << "\n";

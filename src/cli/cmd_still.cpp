@@ -10,12 +10,10 @@
 
 #include "cli/cli_support.h"
 #include "cli/commands.h"
-#include "cli/signal_stop.h"
+#include "cli/scan_session.h"
 #include "core/helpers.h"
 #include "core/project_names.h"
 #include "core/tarnwick_data.h"
-#include "engine/headless_host.h"
-#include "engine/tarnwick_process.h"
 
 namespace cli {
 namespace {
@@ -108,46 +106,45 @@ int RunStill(const std::vector<std::string> &args, CliOutput &io)
         io.err << head << PrintablePath(parsed->video) << ": " << problem << "\n";
         return kExitBadInput;
     }
-    core::CTarnwickData data;
-    problem = PrepareStillProject(data, *parsed);
+    core::CTarnwickData planned;
+    problem = PrepareStillProject(planned, *parsed);
     if (!problem.empty()) {
         io.err << head << problem << "\n";
         return kExitBadInput;
     }
-    engine::HeadlessHost host; // before the engine: it outlives the engine
-    engine::CTarnwickProcess engine;
-    engine.pData = &data;
-    engine.pHostDlg = &host;
-    if (engine.OpenVideoFile(video) != engine::kJobOk) {
+    ScanSession session;
+    workspace::CTarnwickTabScene &tab = session.Tab();
+    if (parsed->project.empty()) {
+        // A new project for the video names the folder the still goes to.
+        core::DeriveProjectNames(session.data, video);
+    } else if (tab.OpenProject(std::filesystem::absolute(parsed->project).string(), true) != 0 &&
+               session.data.diff_list.empty()) {
+        io.err << head << parsed->project << ": the project could not be opened\n";
+        return kExitBadInput;
+    }
+    const int before = session.View().PictureCount();
+    if (!tab.ShowStill(video, parsed->at, !parsed->project.empty(), parsed->scene - 1)) {
         io.err << head << video << ": is not a video that ffprobe can read\n";
         return kExitBadInput;
     }
-    // The caption of a still is the one in force at its frame.
-    engine.nPreviewFrame =
-        static_cast<int>(std::lround(std::stod(parsed->at) * data.viCurrent.fps));
-    engine.strPreviewTime = parsed->at;
-    std::optional<std::string> still;
-    host.Tab(0).SetOnMessage([&still](const engine::JobMessage &msg) {
-        if (msg.id == engine::AppMessage::WM_APP_PREVIEW_IMAGE) {
-            still = msg.text.value_or("");
-        }
+    session.Bench().RunUntil([&] {
+        return (!tab.StillPending() && session.View().PictureCount() > before) ||
+               session.StopRequested();
     });
-    SignalStop stop([&host] { host.Loop().Wake(); });
-    engine.SetPreviewImage(video, parsed->at, !parsed->project.empty(), parsed->scene - 1);
-    host.Loop().RunUntil([&] { return still.has_value() || stop.StopRequested(); });
-    if (stop.StopRequested()) {
-        engine.bCancel = 1; // the tool of the still is killed
-        host.Loop().RunUntil([&engine] { return !engine.bPreviewRunning; });
+    if (session.StopRequested()) {
+        tab.RequestStop(); // the tool of the still is killed
+        session.Bench().RunUntil([&tab] { return !tab.StillPending(); });
         io.err << head << video << ": stopped\n";
         return kExitStopped;
     }
+    const std::string still = session.View().Picture();
     std::error_code ec;
-    if (!std::filesystem::is_regular_file(*still, ec)) {
+    if (!std::filesystem::is_regular_file(still, ec)) {
         io.err << head << video << ": no still could be made at " << parsed->at
                << " seconds (see the log for the tool's result)\n";
         return kExitFailed;
     }
-    io.out << *still << "\n";
+    io.out << still << "\n";
     return kExitOk;
 }
 

@@ -13,7 +13,6 @@
 #include <nlohmann/json.hpp>
 
 #include "cli/cli_support.h"
-#include "cli/signal_stop.h"
 #include "core/helpers.h"
 #include "core/language.h"
 #include "core/path_check.h"
@@ -97,6 +96,11 @@ ScanSession::ScanSession()
     : m_bench(m_view, m_mergeView)
     , data(m_bench.Scene().Data())
 {
+    m_stop = std::make_unique<SignalStop>([this] {
+        Tab().RequestStop();
+        MergeTab().RequestStop();
+        m_bench.Wake();
+    });
     Tab().Init();
 }
 
@@ -112,14 +116,10 @@ JobOutcome ScanSession::RunJob(workspace::CTarnwickTab &tab,
     JobOutcome outcome;
     m_view.Follow(progress);
     m_mergeView.Follow(progress);
-    {
-        SignalStop stop([this, &tab] {
-            tab.RequestStop();
-            m_bench.Wake();
-        });
+    if (!StopRequested()) {
         start();
-        outcome.stopped = !m_bench.WaitForJob(tab, [&stop] { return stop.StopRequested(); });
     }
+    outcome.stopped = !m_bench.WaitForJob(tab, [this] { return StopRequested(); });
     m_view.Follow(nullptr);
     m_mergeView.Follow(nullptr);
     if (progress != nullptr) {

@@ -12,6 +12,7 @@
 #include "cli/commands.h"
 #include "cli/job_guard.h"
 #include "cli/project_options.h"
+#include "cli/signal_stop.h"
 #include "workspace/tab_bench.h"
 
 namespace cli {
@@ -77,6 +78,9 @@ public:
     // The merge tab, not started: its user calls Init and makes it the active tab.
     workspace::CTarnwickTabMerge &MergeTab() { return m_bench.Merge(); }
     workspace::TabBench &Bench() { return m_bench; }
+    // Ctrl-C or a termination request arrived while the session lived: it asked both tabs to
+    // stop, and the command ends.
+    bool StopRequested() const { return m_stop->StopRequested(); }
     CliView &View() { return m_view; }
 
     // The tab's open command for video (its folder, name and title as ApplyNames set them);
@@ -107,6 +111,7 @@ private:
     CliView m_view;
     CliView m_mergeView;
     workspace::TabBench m_bench;
+    std::unique_ptr<SignalStop> m_stop; // from the start: a still or a check may run any time
 
 public:
     core::CTarnwickData &data; // the tab's project

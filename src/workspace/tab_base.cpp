@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
 
 #include "core/app_log.h"
@@ -208,6 +209,22 @@ void CTarnwickTab::StartProbe(const std::string &file, int nKind)
         return m_probe.nResult;
     });
     StartProcess(kJobProbe);
+}
+
+bool CTarnwickTab::ShowStill(const std::string &file,
+                             const std::string &seconds,
+                             bool bProject,
+                             int nScene)
+{
+    if (m_Process.OpenVideoFile(file) != engine::kJobOk) {
+        return false;
+    }
+    // The caption of a still is the one in force at its frame.
+    const double at = std::strtod(seconds.c_str(), nullptr);
+    m_Process.nPreviewFrame = static_cast<int>(std::lround(at * m_Data.viCurrent.fps));
+    m_Process.strPreviewTime = seconds;
+    m_Process.SetPreviewImage(file, seconds, bProject, nScene);
+    return true;
 }
 
 std::string CTarnwickTab::ProbeText(const std::string &file)

@@ -115,6 +115,13 @@ public:
     void StartProbe(const std::string &file, int nKind);
     const ProbeReport &LastProbe() const { return m_probe; }
     const AnalysisReport &LastAnalysis() const { return m_analysis; }
+    // The picture pane's still of file at seconds (plain decimal text), as a seek of the
+    // position bar shows it; with bProject through the project's picture values and the
+    // caption of scene nScene (from 0; -1 the current scene). The picture arrives through the
+    // view's ShowPicture. False, with nothing changed, when file cannot be opened.
+    bool ShowStill(const std::string &file, const std::string &seconds, bool bProject, int nScene);
+    // A still asked for is still being made.
+    bool StillPending() const { return m_Process.bPreviewRunning; }
     // ffprobe's whole output for file (its error lines when it cannot read it); blocks.
     std::string ProbeText(const std::string &file);
 
