@@ -1,0 +1,40 @@
+// Small file facts the workspace models ask before they act on a path.
+#pragma once
+
+#include <cerrno>
+#include <cmath>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+
+namespace workspace {
+
+inline bool Exists(const std::string &path)
+{
+    std::error_code ec;
+    return !path.empty() && std::filesystem::exists(path, ec);
+}
+
+inline bool IsFolder(const std::string &path)
+{
+    std::error_code ec;
+    return std::filesystem::is_directory(path, ec);
+}
+
+// The folder part of a path, with its separator; empty for a bare name.
+inline std::string FolderPart(const std::string &path)
+{
+    size_t slash = path.rfind('/');
+    return slash == std::string::npos ? "" : path.substr(0, slash + 1);
+}
+
+// The text as a number; text that is not one reads as 0.
+inline double ParseValue(const std::string &text)
+{
+    char *end = nullptr;
+    errno = 0;
+    double value = std::strtod(text.c_str(), &end);
+    return (end == text.c_str() || !std::isfinite(value)) ? 0.0 : value;
+}
+
+} // namespace workspace
