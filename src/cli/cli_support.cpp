@@ -1,5 +1,5 @@
-// Pieces the probe, scan and extract commands share: the input-file check, ffprobe's error
-// lines and running one job of a headless engine that Ctrl-C can stop.
+// Pieces the commands share: the checks of input files, paths and output options, ffprobe's
+// error lines and temporary folders.
 #include "cli/cli_support.h"
 
 #include <filesystem>
@@ -10,7 +10,6 @@
 
 #include <unistd.h>
 
-#include "cli/signal_stop.h"
 #include "core/helpers.h"
 #include "core/path_check.h"
 
@@ -111,18 +110,6 @@ std::string MakeTemporaryFolder(const char *prefix)
         return "";
     }
     return core::SetTrailingSeparator(buffer.data(), true);
-}
-
-bool RunJobUntilSignal(engine::CTarnwickProcess &engine, engine::HeadlessHost &host, int nJob)
-{
-    SignalStop stop([&host] { host.Loop().Wake(); });
-    engine.StartThread(nJob);
-    host.Loop().RunUntil([&] { return !engine.bThreadRunning || stop.StopRequested(); });
-    if (stop.StopRequested()) {
-        engine.CancelProcess();
-        return false;
-    }
-    return true;
 }
 
 } // namespace cli

@@ -1,12 +1,9 @@
-// Pieces the probe, scan and extract commands share: the input-file check, ffprobe's error
-// lines and running one job of a headless engine that Ctrl-C can stop.
+// Pieces the commands share: the checks of input files, paths and output options, ffprobe's
+// error lines and temporary folders.
 #pragma once
 
 #include <functional>
 #include <string>
-
-#include "engine/headless_host.h"
-#include "engine/tarnwick_process.h"
 
 namespace cli {
 
@@ -37,10 +34,5 @@ std::string FfprobeErrorLines(const std::string &text,
 // A fresh folder of this run under the system's temporary folder, named prefix and six
 // random characters, ending in "/"; empty when none can be made.
 std::string MakeTemporaryFolder(const char *prefix);
-
-// Starts job nJob on engine and pumps host's messages until the job ends or Ctrl-C or a
-// termination request asks for a stop, which stops the job (CancelProcess). Returns false when
-// stopped. Runs on the thread that owns host's loop.
-bool RunJobUntilSignal(engine::CTarnwickProcess &engine, engine::HeadlessHost &host, int nJob);
 
 } // namespace cli

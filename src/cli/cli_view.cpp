@@ -10,6 +10,13 @@ void CliView::SetStatusPane(int nPane, const std::string &text)
     }
 }
 
+void CliView::SetPositionText(const std::string &text)
+{
+    if (m_position && !text.empty()) {
+        m_position(text);
+    }
+}
+
 void CliView::SetProgressCount(int nDone, int nTotal)
 {
     if (m_progress != nullptr) {

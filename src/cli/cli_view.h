@@ -3,6 +3,7 @@
 // (the command was the user's answer) and chooses no files.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -20,7 +21,7 @@ public:
     void SetProgress(int) override {}
     void SetProgressCount(int nDone, int nTotal) override;
     void SetPositionBar(int) override {}
-    void SetPositionText(const std::string &) override {}
+    void SetPositionText(const std::string &text) override;
     void SetFileSummary(const std::string &) override {}
     void SetInputSummary(const std::string &) override {}
     void ShowPicture(const std::string &path) override
@@ -36,6 +37,11 @@ public:
     std::optional<std::string> ChooseFile(const workspace::FileChoice &) override { return {}; }
     std::optional<std::string> ChooseFolder(int, const std::string &) override { return {}; }
 
+    // Called with every position readout of a playback; empty for none.
+    void FollowPosition(std::function<void(const std::string &)> show)
+    {
+        m_position = std::move(show);
+    }
     // The progress line that follows the stages and counts; null for none.
     void Follow(ProgressLine *line) { m_progress = line; }
     // The last picture the tab showed; empty before the first.
@@ -47,6 +53,7 @@ public:
 
 private:
     ProgressLine *m_progress = nullptr;
+    std::function<void(const std::string &)> m_position;
     std::vector<std::string> m_errors;
     std::string m_picture;
     int m_pictures = 0;

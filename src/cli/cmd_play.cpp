@@ -14,12 +14,9 @@
 
 #include "cli/cli_support.h"
 #include "cli/commands.h"
+#include "cli/scan_session.h"
 #include "core/helpers.h"
 #include "core/language.h"
-#include "core/tarnwick_data.h"
-#include "engine/headless_host.h"
-#include "engine/tarnwick_process.h"
-#include "render/preview_commands.h"
 
 namespace cli {
 namespace {
@@ -60,34 +57,30 @@ std::optional<PlayArgs> ParsePlayArgs(const std::vector<std::string> &args)
     return parsed;
 }
 
-// The position line on standard error: drawn in place on a terminal, otherwise one line for
-// every new second.
+// The position line on standard error: the tab's position readout, drawn in place on a
+// terminal, otherwise a line whenever the whole second changes, and the last one at the end.
 class PositionLine
 {
 public:
-    PositionLine(std::ostream &err, const core::CTarnwickData &data)
+    explicit PositionLine(std::ostream &err)
         : m_err(err)
-        , m_data(data)
         , m_terminal(isatty(STDERR_FILENO) != 0)
     {
     }
 
-    void Show(int frame, int total)
+    void Show(const std::string &readout)
     {
-        const int last = std::max(0, total - 1);
-        const std::string text = "Position " + m_data.FrameToTimeCode(std::min(frame, total)) +
-                                 "/" + m_data.FrameToTimeCode(total) +
-                                 core::StrPrintf(" Frm:%d/%d", std::min(frame, last), last);
+        m_last = "Position " + readout;
         if (m_terminal) {
-            m_err << "\r" << text << "   " << std::flush;
+            m_err << "\r" << m_last << "   " << std::flush;
             m_drawn = true;
             return;
         }
-        const double fps = m_data.viCurrent.fps;
-        const int second = fps > 0 ? static_cast<int>(frame / fps) : 0;
-        if (second != m_second || frame >= last) {
+        // The readout begins with the time of the position, to the hundredth.
+        const std::string second = readout.substr(0, readout.find('.'));
+        if (second != m_second) {
             m_second = second;
-            m_err << text << "\n";
+            Print();
         }
     }
 
@@ -96,16 +89,64 @@ public:
         if (m_drawn) {
             m_err << "\n";
             m_drawn = false;
+        } else if (!m_last.empty() && m_last != m_printed) {
+            Print();
         }
     }
 
 private:
+    void Print()
+    {
+        m_err << m_last << "\n";
+        m_printed = m_last;
+    }
+
     std::ostream &m_err;
-    const core::CTarnwickData &m_data;
     const bool m_terminal;
     bool m_drawn = false;
-    int m_second = -1;
+    std::string m_second;
+    std::string m_last;
+    std::string m_printed;
 };
+
+// Opens video on the scene tab (its working files in folder) and presses its play button.
+int Play(ScanSession &session,
+         const std::string &video,
+         const std::string &folder,
+         const PlayArgs &args,
+         CliOutput &io)
+{
+    const std::string head = "tarnwickmp4-cli play: ";
+    workspace::CTarnwickTabScene &tab = session.Tab();
+    session.data.output_folder = folder;
+    AnalysisOutcome analysis = session.OpenVideo(video);
+    if (analysis.stopped) {
+        io.err << head << video << ": stopped\n";
+        return kExitStopped;
+    }
+    if (analysis.result != 0) {
+        io.err << head << video << ": is not a video that ffprobe can read\n";
+        return kExitBadInput;
+    }
+    if (args.volume >= 0) {
+        session.data.play_vol = args.volume;
+    }
+    io.err << head << video << " from " << tab.PlayStart(args.from) << " seconds\n";
+    PositionLine line(io.err);
+    session.View().FollowPosition([&line](const std::string &text) { line.Show(text); });
+    const JobOutcome outcome = session.RunJob([&] { tab.PlayInput(args.from); });
+    session.View().FollowPosition({});
+    line.Finish();
+    if (!outcome.stopped && outcome.result != 0) {
+        io.err << head << video << ": the player failed: "
+               << (outcome.failure.empty() ? core::StrPrintf("ExitCode(%d)", outcome.result)
+                                           : outcome.failure)
+               << "\n";
+        return kExitFailed;
+    }
+    io.out << tab.PlayPosition() << "\n";
+    return outcome.stopped ? kExitStopped : kExitOk;
+}
 
 } // namespace
 
@@ -127,50 +168,20 @@ int RunPlay(const std::vector<std::string> &args, CliOutput &io)
         io.err << head << "no X display to play on: DISPLAY is not set\n";
         return kExitFailed;
     }
-    core::CTarnwickData data;
-    data.input_file = std::filesystem::absolute(parsed->video).string();
-    if (parsed->volume >= 0) {
-        data.play_vol = parsed->volume;
-    }
-    engine::HeadlessHost host; // before the engine: it outlives the engine
-    engine::CTarnwickProcess engine;
-    engine.pData = &data;
-    engine.pHostDlg = &host;
-    if (engine.OpenVideoFile(data.input_file) != engine::kJobOk) {
-        io.err << head << data.input_file << ": is not a video that ffprobe can read\n";
-        return kExitBadInput;
-    }
-    if (!parsed->from.empty()) {
-        // A repeat of the same playback job resumes at the stored position.
-        engine.nPlayJob = engine::kJobPlayInput;
-        engine.nPreviewFrame =
-            static_cast<int>(std::lround(std::stod(parsed->from) * data.viCurrent.fps));
-        engine.strPreviewTime = parsed->from;
-    }
-    const bool bRestart = render::IsPlaybackRestart(
-        engine.strPreviewTime.get(), engine.nPreviewFrame, data.viCurrent.frame_num);
-    io.err << head << data.input_file << " from "
-           << (bRestart ? std::string("0.000000") : parsed->from) << " seconds\n";
-    PositionLine line(io.err, data);
-    std::string failure;
-    host.Tab(0).SetOnMessage([&](const engine::JobMessage &msg) {
-        if (msg.id == engine::AppMessage::WM_APP_POSITION) {
-            line.Show(static_cast<int>(msg.wParam), static_cast<int>(msg.lParam));
-        } else if (msg.id == engine::AppMessage::WM_APP_JOB_STATE &&
-                   msg.wParam == core::kStateFailed && msg.text && failure.empty()) {
-            failure = *msg.text;
-        }
-    });
-    const bool finished = RunJobUntilSignal(engine, host, engine::kJobPlayInput);
-    line.Finish();
-    const int result = engine.nProcessExitCode;
-    if (finished && result != engine::kJobOk) {
-        io.err << head << data.input_file << ": the player failed: "
-               << (failure.empty() ? core::StrPrintf("ExitCode(%d)", result) : failure) << "\n";
+    const std::string video = std::filesystem::absolute(parsed->video).string();
+    const std::string folder = MakeTemporaryFolder("tarnwickmp4-play");
+    if (folder.empty()) {
+        io.err << head << "no temporary folder for the working files\n";
         return kExitFailed;
     }
-    io.out << engine.strPreviewTime.get() << "\n";
-    return finished ? kExitOk : kExitStopped;
+    int status = kExitOk;
+    {
+        // The session ends before its folder goes: its threads write there.
+        ScanSession session;
+        status = Play(session, video, folder, *parsed, io);
+    }
+    core::DeleteTree(core::SetTrailingSeparator(folder, false));
+    return status;
 }
 
 } // namespace cli

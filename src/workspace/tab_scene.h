@@ -77,6 +77,14 @@ public:
     void FinalOutput();
     void ShowInput();
     void ShowOutput();
+    // The play button with the input on show: the player from seconds (plain decimal text;
+    // empty: where the last playback stopped, or the start; past the end: the start again). The
+    // position arrives through the view's position readout.
+    void PlayInput(const std::string &seconds);
+    // Where the last playback stopped, as seconds text that PlayInput takes unchanged.
+    std::string PlayPosition() const { return m_Process.strPreviewTime.get(); }
+    // The time a PlayInput from seconds starts at, as the player gets it.
+    std::string PlayStart(const std::string &seconds) const;
     void SetTransition(bool bOn);
     void SetCinemaScope(bool bOn);
     void SetPrimaries(bool bOn);

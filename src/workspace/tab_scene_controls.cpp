@@ -3,10 +3,12 @@
 #include "workspace/tab_scene.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "core/helpers.h"
 #include "core/language.h"
 #include "core/project_names.h"
+#include "render/preview_commands.h"
 #include "workspace/tab_controls.h"
 #include "workspace/tab_files.h"
 
@@ -188,6 +190,27 @@ void CTarnwickTabScene::ShowInput()
 {
     ShowWholeFile(engine::kJobPlayInput,
                   m_Data.input_mp4_file.empty() ? m_Data.input_file : m_Data.input_mp4_file);
+}
+
+void CTarnwickTabScene::PlayInput(const std::string &seconds)
+{
+    StopProcess();
+    if (!seconds.empty()) {
+        // A repeat of the same playback job resumes at the stored position.
+        m_Process.nPlayJob = engine::kJobPlayInput;
+        m_Process.nPreviewFrame =
+            static_cast<int>(std::lround(ParseValue(seconds) * m_Data.viCurrent.fps));
+        m_Process.strPreviewTime = seconds;
+    }
+    StartProcess(engine::kJobPlayInput);
+}
+
+std::string CTarnwickTabScene::PlayStart(const std::string &seconds) const
+{
+    const int frame = static_cast<int>(std::lround(ParseValue(seconds) * m_Data.viCurrent.fps));
+    const bool bRestart =
+        seconds.empty() || render::IsPlaybackRestart(seconds, frame, m_Data.viCurrent.frame_num);
+    return bRestart ? core::StrPrintf("%.6f", 0.0) : seconds;
 }
 
 void CTarnwickTabScene::ShowOutput()
