@@ -115,7 +115,10 @@ int CTarnwickProcess::RunInputAnalysis(bool bProjectLoad)
     if (r != kJobOk) {
         return r;
     }
-    pData->dTransitionSec = TransitionSeconds(pData->viCurrent.fps);
+    {
+        std::lock_guard<std::mutex> lock(pData->sceneLock.m);
+        pData->dTransitionSec = TransitionSeconds(pData->viCurrent.fps);
+    }
     if (EngineTab *tab = CurrentTab()) {
         tab->OnInputAnalysed(bProjectLoad);
     }

@@ -64,9 +64,9 @@ int CTarnwickProcess::ProcessAnalysis()
                 continue;
             }
             file = row.strOriginalFile.empty() ? row.strWorkFile : row.strOriginalFile;
+            pData->input_file = file;
+            pData->viInput = core::VideoInfo{};
         }
-        pData->input_file = file;
-        pData->viInput = core::VideoInfo{};
         result = AnalyzeMergeSource(static_cast<int>(i));
         if (result == kJobOk) {
             PostToTab(AppMessage::WM_APP_PROGRESS, static_cast<int64_t>(n), ++done);
@@ -130,7 +130,11 @@ int CTarnwickProcess::AnalyzeMergeSource(int nRow)
         }
     }
     PostToTab(AppMessage::WM_APP_SCENES_CHANGED, nRow, 0);
-    pData->dTransitionSec = MergeTransitionSeconds(pData->viCurrent.fps, core::MergeRateFps(rate));
+    {
+        std::lock_guard<std::mutex> lock(pData->sceneLock.m);
+        pData->dTransitionSec =
+            MergeTransitionSeconds(pData->viCurrent.fps, core::MergeRateFps(rate));
+    }
     const std::string output = pData->GetOutputPath();
     const std::string file = Exists(output) ? output : src;
     PreviewAnalysedFile(file);

@@ -188,7 +188,10 @@ void OpenLastScene(CTarnwickProcess &engine)
         return;
     }
     if (file != engine.strPreviewFile.get()) {
-        engine.pData->viCurrent = engine.pData->viInput;
+        {
+            std::lock_guard<std::mutex> lock(engine.pData->sceneLock.m);
+            engine.pData->viCurrent = engine.pData->viInput;
+        }
         engine.nPlayJob = kJobPlayScenes;
         engine.nPreviewFrame = 0;
         engine.strPreviewTime = "0";

@@ -112,14 +112,18 @@ int CTarnwickProcess::OpenVideoFile(const std::string &path)
     if (result != 0) {
         return result;
     }
-    pData->viCurrent = info;
+    {
+        // The tab reads the facts while a worker or helper opens a file.
+        std::lock_guard<std::mutex> lock(pData->sceneLock.m);
+        pData->viCurrent = info;
+        if (path == pData->input_file || path == pData->input_mp4_file) {
+            pData->viInput = info;
+        }
+        if (path == pData->input_file) {
+            pData->viSource = info;
+        }
+    }
     strPreviewFile = path;
-    if (path == pData->input_file || path == pData->input_mp4_file) {
-        pData->viInput = info;
-    }
-    if (path == pData->input_file) {
-        pData->viSource = info;
-    }
     return 0;
 }
 

@@ -136,7 +136,10 @@ int CTarnwickProcess::ConvertAllInputs()
     }
     const MergeTarget target = TargetOf(nRateIndex, nSizeIndex);
     const int nTotal = TickedFrames(*pData);
-    pData->viCurrent.fps = target.fps;
+    {
+        std::lock_guard<std::mutex> lock(pData->sceneLock.m);
+        pData->viCurrent.fps = target.fps;
+    }
     SendStageBegin(core::kStageSegmentOutput, nTotal);
     int base = 0;
     for (int i = 0; result == kJobOk; ++i) {

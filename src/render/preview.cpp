@@ -149,6 +149,7 @@ int CTarnwickProcess::ShowFile(const std::string &path, bool bScene)
     }
     if (path != strPreviewFile.get()) {
         if (bScene) {
+            std::lock_guard<std::mutex> lock(pData->sceneLock.m);
             pData->viCurrent = pData->viInput;
             nPlayJob = kJobPlayScenes;
         }

@@ -161,9 +161,12 @@ void AnalyzeRowInBackground(CTarnwickProcess &engine, int nRow)
     }
     const int previousJob = engine.nProcessID.exchange(kJobSegmentOutput);
     engine.PostToTab(AppMessage::WM_APP_LIST_BUSY, 1, 0);
-    engine.pData->input_file =
-        row->strOriginalFile.empty() ? row->strWorkFile : row->strOriginalFile;
-    engine.pData->viInput = core::VideoInfo{};
+    {
+        std::lock_guard<std::mutex> lock(engine.pData->sceneLock.m);
+        engine.pData->input_file =
+            row->strOriginalFile.empty() ? row->strWorkFile : row->strOriginalFile;
+        engine.pData->viInput = core::VideoInfo{};
+    }
     const int result = engine.AnalyzeMergeSource(nRow);
     engine.nProcessID = previousJob;
     engine.PostToTab(AppMessage::WM_APP_LIST_BUSY, 0, 0);

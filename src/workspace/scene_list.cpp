@@ -127,12 +127,15 @@ StartFrames ComputeStartFrames(const std::vector<core::SceneEntry> &rows,
 StartFrames ComputeStartFrames(const core::CTarnwickData &data, ListKind kind)
 {
     std::vector<core::SceneEntry> rows;
+    double fps = 0.0;
+    double transitionSec = 0.0;
     {
         std::lock_guard lock(data.sceneLock.m);
         rows = data.diff_list;
+        fps = data.viCurrent.fps;
+        transitionSec = data.dTransitionSec;
     }
-    return ComputeStartFrames(
-        rows, kind, data.viCurrent.fps, data.transition != 0, data.dTransitionSec);
+    return ComputeStartFrames(rows, kind, fps, data.transition != 0, transitionSec);
 }
 
 SceneRowText SceneRowTexts(const core::CTarnwickData &data, int row, std::optional<int> startFrame)

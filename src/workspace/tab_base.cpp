@@ -329,9 +329,15 @@ void CTarnwickTab::UpdatePositionReadout(int nFrame, int nCount, int nSceneFirst
 {
     const bool bAtEnd = nFrame >= 1 && nFrame >= nCount - 1;
     const bool bRunning = m_Process.nProcessID != 0;
-    const double fps = m_Data.viCurrent.fps;
+    core::VideoInfo vi;
+    {
+        // A worker or helper may be opening another file.
+        std::lock_guard<std::mutex> lock(m_Data.sceneLock.m);
+        vi = m_Data.viCurrent;
+    }
+    const double fps = vi.fps;
     if (!bRunning && !m_bSeeking && !m_bPositionDrag) {
-        const int total = m_Data.viCurrent.frame_num;
+        const int total = vi.frame_num;
         m_view.SetPositionBar(total > 0 ? (bAtEnd ? nCount : nFrame) * 1000 / total : 0);
     } else if (bRunning) {
         nCount = std::max(nCount, 0);
@@ -364,7 +370,6 @@ void CTarnwickTab::UpdatePositionReadout(int nFrame, int nCount, int nSceneFirst
         const std::string file = m_Process.strPreviewFile.get();
         std::string summary;
         if (!file.empty()) {
-            const core::VideoInfo &vi = m_Data.viCurrent;
             std::string rotation = vi.rotation != 0 ? core::StrPrintf(" Rot:%d", vi.rotation) : "";
             summary = core::StrPrintf("%s Frm:%d FPS:%.2f W%dxH%d%s %s",
                                       ElapsedText(seconds(nCount)).c_str(),

@@ -388,8 +388,14 @@ std::string CTarnwickTabMerge::InputSummary() const
     int all = 0;
     int selected = 0;
     int n = 0;
+    double transitionSec = 0.0;
+    core::VideoInfo current;
+    int inputFrames = 0;
     {
         std::lock_guard<std::mutex> lock(m_Data.sceneLock.m);
+        transitionSec = m_Data.dTransitionSec;
+        current = m_Data.viCurrent;
+        inputFrames = m_Data.viInput.frame_num;
         for (const core::SceneEntry &entry : m_Data.diff_list) {
             if (!entry.bAnalyzed) {
                 continue;
@@ -403,13 +409,13 @@ std::string CTarnwickTabMerge::InputSummary() const
     }
     double seconds = r > 0 ? selected / r : 0.0;
     if (m_Data.transition != 0 && seconds > 0) {
-        seconds -= (n - 1) * m_Data.dTransitionSec;
+        seconds -= (n - 1) * transitionSec;
     }
     if (r <= 0) {
-        r = m_Data.viCurrent.fps;
+        r = current.fps;
     }
     const int out = static_cast<int>(std::floor(seconds * r));
-    if (m_Data.viInput.frame_num <= 0) {
+    if (inputFrames <= 0) {
         return "";
     }
     auto at = [r](int frames) { return r > 0 ? frames / r : 0.0; };

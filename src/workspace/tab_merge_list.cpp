@@ -83,8 +83,11 @@ void CTarnwickTabMerge::SelectRow(int nRow, int nColumn)
     if (bPlaying) {
         StopProcess();
     }
-    m_Data.viCurrent = entry.viOut;
-    m_Data.viInput = entry.viIn;
+    {
+        std::lock_guard<std::mutex> lock(m_Data.sceneLock.m);
+        m_Data.viCurrent = entry.viOut;
+        m_Data.viInput = entry.viIn;
+    }
     m_Process.strPreviewFile = entry.fileName;
     m_Process.nPreviewFrame = 0;
     m_Process.strPreviewTime = std::string("0");

@@ -431,9 +431,13 @@ ControlStates CTarnwickTabScene::ComputeControls(bool bEnable) const
         !m_Data.GetOutputPath().empty() && m_Process.strPreviewFile.get() == m_Data.GetOutputPath();
     f.bAnyCaption = AnySceneCaption(m_Data);
     f.nCaptionTarget = m_captions.m_nCaptionTarget;
-    f.width = m_Data.viCurrent.width;
-    f.height = m_Data.viCurrent.height;
-    f.rotation = m_Data.viCurrent.rotation;
+    {
+        // A worker or helper may be opening another file.
+        std::lock_guard<std::mutex> lock(m_Data.sceneLock.m);
+        f.width = m_Data.viCurrent.width;
+        f.height = m_Data.viCurrent.height;
+        f.rotation = m_Data.viCurrent.rotation;
+    }
     return SceneTabControls(f);
 }
 
@@ -441,6 +445,9 @@ std::string CTarnwickTabScene::InputSummary() const
 {
     int selected = 0;
     int n = 0;
+    core::VideoInfo in;
+    double fpsNow = 0.0;
+    double transitionSec = 0.0;
     {
         std::lock_guard<std::mutex> lock(m_Data.sceneLock.m);
         for (const core::SceneEntry &entry : m_Data.diff_list) {
@@ -449,12 +456,13 @@ std::string CTarnwickTabScene::InputSummary() const
                 ++n;
             }
         }
+        in = m_Data.viInput;
+        fpsNow = m_Data.viCurrent.fps;
+        transitionSec = m_Data.dTransitionSec;
     }
-    const core::VideoInfo &in = m_Data.viInput;
-    const double fpsNow = m_Data.viCurrent.fps;
     double seconds = selected > 0 && in.fps > 0 ? selected / in.fps : 0.0;
     if (m_Data.transition != 0 && seconds > 0) {
-        seconds -= (n - 1) * m_Data.dTransitionSec;
+        seconds -= (n - 1) * transitionSec;
     }
     const int out = static_cast<int>(std::floor(seconds * fpsNow));
     int width = in.width;
