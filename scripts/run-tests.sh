@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds, checks the formatting and runs every test (CTest), then
-# the engine tests again under AddressSanitizer+UndefinedBehaviorSanitizer and under
-# ThreadSanitizer.
+# the engine, render and workspace tests again under AddressSanitizer+UndefinedBehaviorSanitizer
+# and under ThreadSanitizer.
 set -euo pipefail
 
 here=$(cd "$(dirname "$0")/.." && pwd)
@@ -24,10 +24,12 @@ fi
 ctest --test-dir "$here/build" --output-on-failure -j"$(nproc)" || status=1
 
 if [ "${TW_SKIP_SANITIZERS:-0}" != "1" ] && [ -d "$here/src/engine" ] && ls "$here"/tests/engine/*_test.cpp >/dev/null 2>&1; then
-    # Only the engine and render tests run under the sanitizers, so only they are built there,
-    # optimised lightly and without debug information to keep the builds short.
+    # The engine, render and workspace tests run under the sanitizers (the threads live there),
+    # so only they are built there, optimised lightly and without debug information to keep the
+    # builds short.
     targets=()
-    for f in "$here"/tests/engine/*_test.cpp "$here"/tests/render/*_test.cpp; do
+    for f in "$here"/tests/engine/*_test.cpp "$here"/tests/render/*_test.cpp \
+        "$here"/tests/workspace/*_test.cpp; do
         layer=$(basename "$(dirname "$f")")
         targets+=("${layer}_$(basename "$f" .cpp)")
     done
@@ -36,8 +38,9 @@ if [ "${TW_SKIP_SANITIZERS:-0}" != "1" ] && [ -d "$here/src/engine" ] && ls "$he
         cmake -S "$here" -B "$dir" -DCMAKE_BUILD_TYPE=Release -DCMAKE_CXX_FLAGS_RELEASE="-O1 -DNDEBUG" \
             -DTW_SANITIZE_$san=ON >/dev/null
         cmake --build "$dir" -j"$(nproc)" --target "${targets[@]}"
-        echo "Engine and render tests under the ${san,,} sanitizer:"
-        ctest --test-dir "$dir" --output-on-failure -j"$(nproc)" -L "engine|render" || status=1
+        echo "Engine, render and workspace tests under the ${san,,} sanitizer:"
+        ctest --test-dir "$dir" --output-on-failure -j"$(nproc)" -L "engine|render|workspace" ||
+            status=1
     done
 fi
 
