@@ -9,6 +9,7 @@
 #include "core/language.h"
 #include "engine/encoder_presets.h"
 #include "engine/input_analysis.h"
+#include "engine/job_states.h"
 #include "engine/tarnwick_process.h"
 
 namespace engine {
@@ -35,18 +36,18 @@ int CTarnwickProcess::AnalyzeInputFile(bool bProjectLoad, int nScene)
               nScene);
     bCancel = 0; // a stop of an earlier job does not reach this one
     const int previousJob = nProcessID.exchange(kJobInputAnalysis);
-    SendStageBegin(core::kStageFileAnalysis, -1);
+    SendStageBegin(engine::kStageFileAnalysis, -1);
     bThreadRunning = true;
     int result = kJobCannotStart;
     // The thread ends by clearing bThreadRunning; it is joined once the pump has seen that.
     std::thread analysis([this, bProjectLoad, &result] {
         int r = RunInputAnalysis(bProjectLoad);
         if (r == kJobOk) {
-            SendJobState(core::kStateDone);
+            SendJobState(engine::kStateDone);
         } else if (r == kJobStopped) {
-            SendJobState(core::kStateStopped);
+            SendJobState(engine::kStateStopped);
         } else {
-            SendJobState(core::kStateFailed);
+            SendJobState(engine::kStateFailed);
         }
         result = r;
         bThreadRunning = false;

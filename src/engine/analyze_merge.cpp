@@ -9,6 +9,7 @@
 #include "core/language.h"
 #include "core/merge_formats.h"
 #include "engine/input_analysis.h"
+#include "engine/job_states.h"
 #include "engine/tarnwick_process.h"
 
 namespace engine {
@@ -52,7 +53,7 @@ int CTarnwickProcess::ProcessAnalysis()
     if (todo == 0) {
         return kJobOk;
     }
-    SendStageBegin(core::kStageVideoAnalysis, todo);
+    SendStageBegin(engine::kStageVideoAnalysis, todo);
     int result = kJobOk;
     int done = 0;
     for (size_t i = 0; i < n && result == kJobOk; ++i) {

@@ -8,6 +8,7 @@
 #include "core/project_names.h"
 #include "engine/encoder_presets.h"
 #include "engine/input_analysis.h"
+#include "engine/job_states.h"
 #include "engine/tarnwick_process.h"
 
 namespace engine {
@@ -17,7 +18,7 @@ int CTarnwickProcess::ConvertToMp4(const std::string &source,
                                    bool bDeinterlace)
 {
     const core::VideoInfo current = pData->viCurrent;
-    SendStageBegin(core::kStageChangeMp4, current.frame_num);
+    SendStageBegin(engine::kStageChangeMp4, current.frame_num);
     core::CreateFolders(pData->output_folder);
     const std::string partial = core::PartialSegmentPath(target);
     const std::string command =
@@ -37,7 +38,7 @@ int CTarnwickProcess::ConvertToMp4(const std::string &source,
     if (result != kJobOk) {
         return result;
     }
-    SendJobState(core::kStateDone);
+    SendJobState(engine::kStateDone);
     return kJobOk;
 }
 

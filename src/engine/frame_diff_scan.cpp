@@ -1,6 +1,7 @@
 // The frame-difference scan (job 1053 on the scene tab): ffmpeg's small gray frames, the count of
 // changed pixels per frame, the grouping into scenes, their cuts in a pool while the scan reads
 // on, and the thread that opens the last scene when the scan has ended.
+#include "engine/job_states.h"
 #include "engine/tarnwick_process.h"
 
 #include <algorithm>
@@ -212,7 +213,7 @@ int CTarnwickProcess::ProcessDiffFrame(const std::string &path, int nThreshold)
               __LINE__,
               path.c_str(),
               nThreshold);
-    SendStageBegin(core::kStageSceneExtract, pData->viInput.frame_num);
+    SendStageBegin(engine::kStageSceneExtract, pData->viInput.frame_num);
     int result = ReloadVideoInfo(path, false);
     if (result != kJobOk) {
         return result;
@@ -235,7 +236,7 @@ int CTarnwickProcess::ExecuteCmdLoadVideo(const std::string &path, int nThreshol
     const char *function = "CTarnwickProcess::ExecuteCmdLoadVideo";
     cutResults.clear();
     bScanTooSmall = false;
-    SendStageBegin(core::kStageSceneExtract, pData->viInput.frame_num);
+    SendStageBegin(engine::kStageSceneExtract, pData->viInput.frame_num);
     const ScanSetup setup = MakeSetup(*pData, nThreshold);
     const std::string command = ScanCommand(pData->bUseCuda != 0, path, setup.w, setup.h);
     if (!CommandCarriesPaths(function, __LINE__, command, {path})) {
@@ -271,7 +272,7 @@ int CTarnwickProcess::ExecuteCmdLoadVideo(const std::string &path, int nThreshol
         if (exitCode == 0) {
             grouper.Close(setup.frameNum); // a failed or stopped scan drops its open run
         }
-        SendJobState(core::kStateWaiting);
+        SendJobState(engine::kStateWaiting);
         sink.WaitForCuts();
     }
     if (DiffListEmpty()) {

@@ -1,5 +1,6 @@
 // The job table: which function runs which job number on which tab, and the two jobs that are
 // made of other jobs (extraction with final output, conversion with merge).
+#include "engine/job_states.h"
 #include "engine/tarnwick_process.h"
 
 #include "core/app_log.h"
@@ -81,7 +82,7 @@ int CTarnwickProcess::RunJobRow(int nJob, bool bPlaybackBranch)
               __LINE__,
               nJob,
               mode);
-    SendJobState(core::kStateFailed, core::StrPrintf("Job(%d) is not available", nJob));
+    SendJobState(engine::kStateFailed, core::StrPrintf("Job(%d) is not available", nJob));
     return kJobCannotStart;
 }
 

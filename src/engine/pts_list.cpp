@@ -1,5 +1,6 @@
 // Frame times of the working input: the check of the first frames for a constant rate, the full
 // read of every frame's time by ffprobe, and the "_pts.csv" file that keeps them.
+#include "engine/job_states.h"
 #include "engine/tarnwick_process.h"
 
 #include <cstdlib>
@@ -75,7 +76,7 @@ int CTarnwickProcess::EnsurePtsList(const std::string &path)
         return kJobOk;
     }
     ptsSource = PtsSource::None;
-    SendStageBegin(core::kStageFrameRateAnalysis, data.viInput.frame_num);
+    SendStageBegin(engine::kStageFrameRateAnalysis, data.viInput.frame_num);
     data.pts_list.clear();
     std::vector<std::string> lines;
     int result = kJobCannotStart;

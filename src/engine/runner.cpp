@@ -1,5 +1,6 @@
 // The child-process runner: starting a tool, reading its output, progress and playback
 // position from its status text, the stop, and the report of its exit code.
+#include "engine/job_states.h"
 #include "engine/tarnwick_process.h"
 
 #include <atomic>
@@ -65,7 +66,8 @@ int CTarnwickProcess::StartChildProcess(const std::string &command, ChildProcess
         return 0;
     }
     unsigned long error = static_cast<unsigned long>(errno);
-    SendJobState(core::kStateFailed, core::StrPrintf("CreateProcess failed with error %lu", error));
+    SendJobState(engine::kStateFailed,
+                 core::StrPrintf("CreateProcess failed with error %lu", error));
     return kJobCannotStart;
 }
 
@@ -83,7 +85,7 @@ bool CTarnwickProcess::CommandCarriesPaths(const char *function,
         problem = "does not stay one argument of the command";
     }
     LogCommandResult(function, position, command, kJobCannotStart);
-    SendJobState(core::kStateFailed,
+    SendJobState(engine::kStateFailed,
                  core::StrPrintf("The path cannot be passed to the tool: %s %s",
                                  bad->c_str(),
                                  problem.c_str()));
@@ -119,7 +121,7 @@ int CTarnwickProcess::ExecuteCmdWithProgress(bool bPlayback,
 {
     const char *function = "CTarnwickProcess::ExecuteCmdWithProgress";
     if (nTotal < 1) {
-        SendJobState(core::kStateFailed, core::StrPrintf("TotalFrame(%d)", nTotal));
+        SendJobState(engine::kStateFailed, core::StrPrintf("TotalFrame(%d)", nTotal));
         core::Log("%s(%d) [NG:%d] %s\n", function, __LINE__, kJobCannotStart, command.c_str());
         return kJobCannotStart;
     }
@@ -171,9 +173,9 @@ void CTarnwickProcess::ReportStepEnd(bool bPlayback, int exitCode)
     }
     // A normal end of playback also reads "Stopped": the player stopped, nothing went wrong.
     if (exitCode == kJobStopped || (exitCode == kJobOk && bPlayback)) {
-        SendJobState(core::kStateStopped);
+        SendJobState(engine::kStateStopped);
     } else if (exitCode != kJobOk) {
-        SendJobState(core::kStateFailed, core::StrPrintf("ExitCode(%d)", exitCode));
+        SendJobState(engine::kStateFailed, core::StrPrintf("ExitCode(%d)", exitCode));
     }
 }
 

@@ -1,6 +1,7 @@
 // The job dispatcher: starting a job on the worker thread, its end, the stop, and the reports
 // to the current tab.
 #include "engine/tarnwick_process.h"
+#include "engine/job_states.h"
 
 #include <chrono>
 #include <filesystem>
@@ -216,7 +217,7 @@ void CTarnwickProcess::SendJobState(int nState, std::optional<std::string> text)
 
 void CTarnwickProcess::SendStageBegin(int nStage, int nTotal)
 {
-    SendToTab(AppMessage::WM_APP_STAGE_BEGIN, 0, nTotal, core::StageName(nStage));
+    SendToTab(AppMessage::WM_APP_STAGE_BEGIN, 0, nTotal, engine::StageName(nStage));
 }
 
 int CTarnwickProcess::SettlePartialFile(int result,
@@ -227,7 +228,7 @@ int CTarnwickProcess::SettlePartialFile(int result,
     if (result == kJobOk) {
         std::filesystem::rename(partial, target, ec);
         if (ec) {
-            SendJobState(core::kStateFailed, target + ": " + ec.message());
+            SendJobState(engine::kStateFailed, target + ": " + ec.message());
             result = kJobCannotStart;
         }
     }
@@ -240,11 +241,11 @@ int CTarnwickProcess::SettlePartialFile(int result,
 void CTarnwickProcess::SendEndState(int result)
 {
     if (result == kJobOk) {
-        SendJobState(core::kStateDone);
+        SendJobState(engine::kStateDone);
     } else if (result == kJobStopped) {
-        SendJobState(core::kStateStopped);
+        SendJobState(engine::kStateStopped);
     } else {
-        SendJobState(core::kStateFailed, core::StrPrintf("ExitCode(%d)", result));
+        SendJobState(engine::kStateFailed, core::StrPrintf("ExitCode(%d)", result));
     }
 }
 

@@ -22,6 +22,7 @@
 #include "engine/engine_host.h"
 #include "engine/guarded_value.h"
 #include "engine/job_messages.h"
+#include "engine/job_states.h"
 
 namespace render {
 struct EncodeArgs;
@@ -397,7 +398,7 @@ public:
                    int64_t lParam,
                    std::optional<std::string> text = std::nullopt);
     void PostToTab(AppMessage id, int64_t wParam, int64_t lParam);
-    // WM_APP_JOB_STATE with a state index (core::kState...) and an optional text.
+    // WM_APP_JOB_STATE with a state index (engine::kState...) and an optional text.
     void SendJobState(int nState, std::optional<std::string> text = std::nullopt);
     // WM_APP_STAGE_BEGIN with the stage name of nStage in the current language and a total.
     void SendStageBegin(int nStage, int nTotal);

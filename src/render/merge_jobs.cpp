@@ -1,6 +1,7 @@
 // The jobs of the merge tab: each source converted to a segment of the chosen size and rate
 // (job 1052), and the finished film of the converted rows (job 1006): segments checked and
 // converted again side by side, joined by merge graphs, encoded once more.
+#include "engine/job_states.h"
 #include "engine/tarnwick_process.h"
 
 #include <atomic>
@@ -140,7 +141,7 @@ int CTarnwickProcess::ConvertAllInputs()
         std::lock_guard<std::mutex> lock(pData->sceneLock.m);
         pData->viCurrent.fps = target.fps;
     }
-    SendStageBegin(core::kStageSegmentOutput, nTotal);
+    SendStageBegin(engine::kStageSegmentOutput, nTotal);
     int base = 0;
     for (int i = 0; result == kJobOk; ++i) {
         std::optional<core::SceneEntry> row = SceneCopy(*pData, i);
@@ -154,7 +155,7 @@ int CTarnwickProcess::ConvertAllInputs()
                   0,
                   0,
                   core::StrPrintf(
-                      "%s (%03d)", core::StageName(core::kStageSegmentOutput).c_str(), i + 1));
+                      "%s (%03d)", engine::StageName(engine::kStageSegmentOutput).c_str(), i + 1));
         result = ConvertInput(i, nTotal, base, true);
         if (std::optional<core::SceneEntry> converted = SceneCopy(*pData, i)) {
             base += converted->viOut.frame_num; // as it stands after the conversion
@@ -169,7 +170,7 @@ int CTarnwickProcess::ConvertAllInputs()
         PostToTab(AppMessage::WM_APP_PROGRESS, nSum, nSum);
         PostToTab(AppMessage::WM_APP_PROGRESS, nSum, nSum);
     }
-    SendJobState(core::kStateDone);
+    SendJobState(engine::kStateDone);
     return kJobOk;
 }
 
@@ -183,7 +184,7 @@ int CTarnwickProcess::ProcessConv(const std::string &output)
         std::lock_guard<std::mutex> lock(pData->sceneLock.m);
         nScenes = static_cast<int>(pData->diff_list.size());
     }
-    SendStageBegin(core::kStagePrecheck, nScenes);
+    SendStageBegin(engine::kStagePrecheck, nScenes);
     core::DeleteByPattern(names.MergeMask()); // leftovers of a broken run
     int result = ProcessAnalysis();
     if (result != kJobOk) {
@@ -197,7 +198,7 @@ int CTarnwickProcess::ProcessConv(const std::string &output)
     if (result != kJobOk) {
         return result;
     }
-    SendStageBegin(core::kStageFinalMerge, -1);
+    SendStageBegin(engine::kStageFinalMerge, -1);
     std::string first;
     {
         std::lock_guard<std::mutex> lock(pData->sceneLock.m);
@@ -212,7 +213,7 @@ int CTarnwickProcess::ProcessConv(const std::string &output)
     const std::string encoder = EncoderText(pData->bUseCuda, pData->nEncodePreset);
     const render::EncodeArgs mergeArgs{
         prefix, encoder, pData->viCurrent.fps, pData->viCurrent.r_frame_rate};
-    SendToTab(AppMessage::WM_APP_STAGE_TEXT, 0, 0, core::StageName(core::kStageSceneMerge));
+    SendToTab(AppMessage::WM_APP_STAGE_TEXT, 0, 0, engine::StageName(engine::kStageSceneMerge));
     // Without the transition the graph joins end to end, through the concat filter.
     const double fade = pData->transition != 0 && checked.nCount >= 2 ? pData->dTransitionSec : 0.0;
     const int nFinal = render::FadedFrameCount(checked.nTotal, fps, checked.nCount, fade);
@@ -265,7 +266,7 @@ int CTarnwickProcess::PrecheckConversions(int nScenes, double fps, TrimPrecheck 
             }
             ++checked.nCount;
         }
-        SendJobState(core::kStateWaiting);
+        SendJobState(engine::kStateWaiting);
         pool.WaitAll();
     }
     return SettlePoolResults(kConv, results);

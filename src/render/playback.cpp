@@ -1,5 +1,6 @@
 // Playback: the input or output in ffplay (jobs 1027, 1028), the scenes one after another (job
 // 1029), and the player loop that follows the position from the player's showinfo lines.
+#include "engine/job_states.h"
 #include "engine/tarnwick_process.h"
 
 #include <filesystem>
@@ -85,9 +86,9 @@ int CTarnwickProcess::PlayVideo(const std::string &strFile, int nJob)
             return result;
         }
     }
-    const int nStage = !bRestart               ? core::kStageNone
-                       : nJob == kJobPlayInput ? core::kStageInputPreview
-                                               : core::kStageOutputPreview;
+    const int nStage = !bRestart               ? engine::kStageNone
+                       : nJob == kJobPlayInput ? engine::kStageInputPreview
+                                               : engine::kStageOutputPreview;
     SendStageBegin(nStage, -1);
     const int nFrames = pData->viCurrent.frame_num;
     if (bRestart) {
@@ -131,7 +132,7 @@ int CTarnwickProcess::PlayVideoScene(const std::string &strFile)
     if (bRestart) {
         SendToTab(AppMessage::WM_APP_POSITION, 0, nFrames);
     }
-    SendStageBegin(bRestart ? core::kStageScenePreview : core::kStageNone, -1);
+    SendStageBegin(bRestart ? engine::kStageScenePreview : engine::kStageNone, -1);
     return RunPlayerLoop(
         strFile, true, bRestart ? StartText() : strPreviewTime.get(), nFrames, nBase);
 }

@@ -1,5 +1,6 @@
 // Scene cutting: one scene into its segment (with progress, or quietly on a pool thread), the
 // record's correction after a cut, the segment output job and the background check of a scene.
+#include "engine/job_states.h"
 #include "engine/tarnwick_process.h"
 
 #include <algorithm>
@@ -110,7 +111,7 @@ int CheckProbedSegment(const CTarnwickProcess &engine, const std::string &fileNa
 std::string SceneStageText(int nScene)
 {
     return core::StrPrintf(
-        "%s (%03d)", core::StageName(core::kStageSegmentOutput).c_str(), nScene + 1);
+        "%s (%03d)", engine::StageName(engine::kStageSegmentOutput).c_str(), nScene + 1);
 }
 
 void LogMissingScene(const char *function, int position, int nScene)
@@ -136,7 +137,7 @@ void CheckSceneInBackground(CTarnwickProcess &engine, int nScene, bool bShow)
         engine.PostToTab(AppMessage::WM_APP_LIST_BUSY, 1, 0);
         engine.SendToTab(AppMessage::WM_APP_STAGE_BEGIN, 0, nFrames, SceneStageText(nScene));
         if (engine.CutScene(engine.SourcePath(), nScene, nFrames, 0, false) == kJobOk) {
-            engine.SendJobState(core::kStateDone);
+            engine.SendJobState(engine::kStateDone);
         }
         if (bShow) {
             engine.PostToTab(AppMessage::WM_APP_ELAPSED_TIMER, 0, 0);
@@ -351,7 +352,7 @@ int CTarnwickProcess::CutAllScenes(const std::string &path)
             }
         }
     }
-    SendStageBegin(core::kStageSegmentOutput, nTotal);
+    SendStageBegin(engine::kStageSegmentOutput, nTotal);
     int nBase = 0;
     for (int i = 0; i < nScenes; ++i) {
         std::optional<core::SceneEntry> scene = SceneCopy(*pData, i);
@@ -371,7 +372,7 @@ int CTarnwickProcess::CutAllScenes(const std::string &path)
         std::optional<core::SceneEntry> cut = SceneCopy(*pData, i);
         nBase += cut ? FrameCountOf(*cut) : 0;
     }
-    SendJobState(core::kStateDone);
+    SendJobState(engine::kStateDone);
     return kJobOk;
 }
 
@@ -392,7 +393,7 @@ int CTarnwickProcess::CutCurrentScene()
         int nFrames = FrameCountOf(*scene);
         SendToTab(AppMessage::WM_APP_STAGE_BEGIN, 0, nFrames, SceneStageText(nScene));
         if (CutScene(SourcePath(), nScene, nFrames, 0, false) == kJobOk) {
-            SendJobState(core::kStateDone);
+            SendJobState(engine::kStateDone);
         }
     }
     return result;

@@ -1,6 +1,7 @@
 // The final render of the scene tab (job 1006, and the second half of job 1057): the precheck
 // that reuses good segments and recuts stale ones side by side, the merge through the concat
 // demuxer or merge graphs in levels, and the final encode with picture chain and captions.
+#include "engine/job_states.h"
 #include "engine/tarnwick_process.h"
 
 #include <algorithm>
@@ -51,7 +52,7 @@ int CTarnwickProcess::ProcessTrim(const std::string &input, const std::string &o
         std::lock_guard<std::mutex> lock(pData->sceneLock.m);
         nScenes = static_cast<int>(pData->diff_list.size());
     }
-    SendStageBegin(core::kStagePrecheck, nScenes);
+    SendStageBegin(engine::kStagePrecheck, nScenes);
     core::DeleteByPattern(names.MergeMask()); // leftovers of a broken run
     int result = ReloadVideoInfo(input, false);
     if (result != kJobOk) {
@@ -125,7 +126,7 @@ int CTarnwickProcess::PrecheckSegments(const std::string &input, int nScenes, Tr
             }
             ++checked.nCount;
         }
-        SendJobState(core::kStateWaiting);
+        SendJobState(engine::kStateWaiting);
         pool.WaitAll();
     }
     results.resize(static_cast<size_t>(nQueued));
@@ -139,9 +140,9 @@ int CTarnwickProcess::SettlePoolResults(const char *function, const std::vector<
             continue;
         }
         if (result == kJobStopped) {
-            SendJobState(core::kStateStopped);
+            SendJobState(engine::kStateStopped);
         } else {
-            SendJobState(core::kStateFailed, core::StrPrintf("ExitCode(%d)", result));
+            SendJobState(engine::kStateFailed, core::StrPrintf("ExitCode(%d)", result));
         }
         LogCommandResult(function, __LINE__, "precheck", result);
         return result;
@@ -154,7 +155,7 @@ int CTarnwickProcess::MergeSegments(const render::TrimNames &names,
                                     std::string &merged,
                                     int &nFinal)
 {
-    SendStageBegin(core::kStageFinalMerge, -1);
+    SendStageBegin(engine::kStageFinalMerge, -1);
     std::string first;
     {
         std::lock_guard<std::mutex> lock(pData->sceneLock.m);
@@ -169,7 +170,7 @@ int CTarnwickProcess::MergeSegments(const render::TrimNames &names,
                                   EncoderText(pData->bUseCuda, pData->nEncodePreset),
                                   pData->viCurrent.fps,
                                   pData->viInput.r_frame_rate};
-    SendToTab(AppMessage::WM_APP_STAGE_TEXT, 0, 0, core::StageName(core::kStageSceneMerge));
+    SendToTab(AppMessage::WM_APP_STAGE_TEXT, 0, 0, engine::StageName(engine::kStageSceneMerge));
     if (pData->transition == 0 || checked.nCount < 2) {
         nFinal = checked.nTotal;
         merged = names.Merged();
@@ -271,7 +272,7 @@ int CTarnwickProcess::EncodeFinal(const render::TrimNames &names,
     const std::string command = render::FinalEncodeCommand(args, merged, chain, partial);
     int result = kJobCannotStart;
     if (CommandCarriesPaths(kTrim, __LINE__, command, {merged, partial})) {
-        SendStageBegin(core::kStageFinalMerge, nFinal);
+        SendStageBegin(engine::kStageFinalMerge, nFinal);
         result = ExecuteCmdWithProgress(false, command, nFinal, 0);
     }
     core::DeleteByPattern(names.MergeMask());
@@ -280,7 +281,7 @@ int CTarnwickProcess::EncodeFinal(const render::TrimNames &names,
         DeleteQuietly(output);
         return result;
     }
-    SendJobState(core::kStateDone);
+    SendJobState(engine::kStateDone);
     nPlayJob = kJobPlayOutput; // the play button now means the output
     if (output != strPreviewFile.get()) {
         nPreviewFrame = 0;

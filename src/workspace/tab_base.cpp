@@ -1,5 +1,6 @@
 // What the two workspaces share: job messages, status bar, progress, elapsed time, jobs.
 #include "workspace/tab_base.h"
+#include "engine/job_states.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -84,8 +85,8 @@ void CTarnwickTab::SetPane(int nPane, const std::string &text)
 
 void CTarnwickTab::ResetStatusBar()
 {
-    SetPane(kPaneStage, core::StageName(core::kStageNone));
-    SetPane(kPaneState, core::StateName(core::kStateNone));
+    SetPane(kPaneStage, engine::StageName(engine::kStageNone));
+    SetPane(kPaneState, engine::StateName(engine::kStateNone));
     SetPane(kPaneElapsed, "");
     SetPane(kPaneProgress, "");
     m_nProgress = 0;
@@ -453,7 +454,7 @@ void CTarnwickTab::OnJobMessage(const JobMessage &msg)
             }
         }
         SetPane(kPaneState,
-                core::StateName(bPlaying ? core::kStatePlaying : core::kStateProcessing));
+                engine::StateName(bPlaying ? engine::kStatePlaying : engine::kStateProcessing));
         if (msg.lParam < 0) {
             SetPane(kPaneProgress, "");
         } else if (bRender) {
@@ -486,10 +487,10 @@ void CTarnwickTab::OnJobMessage(const JobMessage &msg)
     case AppMessage::WM_APP_JOB_STATE: {
         const int nState = static_cast<int>(msg.wParam);
         m_report.nLastState = nState;
-        if (nState == core::kStateFailed && msg.text && m_report.failure.empty()) {
+        if (nState == engine::kStateFailed && msg.text && m_report.failure.empty()) {
             m_report.failure = *msg.text;
         }
-        const std::string name = core::StateName(nState);
+        const std::string name = engine::StateName(nState);
         if (!name.empty()) {
             SetPane(kPaneState, name);
         } else if (msg.text && !msg.text->empty()) {

@@ -12,6 +12,7 @@
 
 #include "core/tarnwick_data.h"
 #include "engine/engine_host.h"
+#include "engine/job_states.h"
 #include "engine/tarnwick_process.h"
 #include "workspace/tab_view.h"
 
@@ -26,7 +27,7 @@ struct JobReport
     int nJob = 0; // the job, 0 before the first
     bool bFinished = false;
     int nResult = 0;            // the job result: 0, -1, -2 or a tool's exit code
-    int nLastState = 0;         // the last state index reported (core::kState...)
+    int nLastState = 0;         // the last state index reported (engine::kState...)
     int nStages = 0;            // stages begun
     std::string failure;        // the first reason given with a "Failed" state, for the user
     bool bDefaultScene = false; // the scan found nothing and left the default scene

@@ -1,5 +1,6 @@
 // Tests of the job dispatcher: starting, the position reset, the job table, the composed job
 // 1057, the end of a job, and the stop that pumps messages while it waits.
+#include "engine/job_states.h"
 #include "engine/tarnwick_process.h"
 
 #include <atomic>
@@ -286,14 +287,14 @@ TEST(JobDispatcher, CancelKeepsBlockingMessagesFlowing)
     EngineRig rig;
     rig.engine.SetJobFunction(kTestJob, 0, [&rig](int) {
         WaitForCancel(rig.engine);
-        rig.engine.SendJobState(core::kStateStopped); // blocks until the waiting side pumps
+        rig.engine.SendJobState(engine::kStateStopped); // blocks until the waiting side pumps
         return engine::kJobStopped;
     });
     ASSERT_EQ(rig.engine.StartThread(kTestJob), 1);
     rig.engine.CancelProcess();
     EXPECT_FALSE(rig.engine.bThreadRunning);
     EXPECT_EQ(States(rig.Scene()), (std::vector<std::string>{"5:"}));
-    EXPECT_EQ(core::StateName(5, false), "Stopped");
+    EXPECT_EQ(engine::StateName(5, false), "Stopped");
     EXPECT_EQ(rig.engine.bCancel, 0);
     EXPECT_FALSE(engine::bCancelling);
 }
@@ -365,7 +366,7 @@ TEST(JobDispatcher, ReportsGoToTheTabThatIsCurrentWhenTheJobEnds)
 {
     EngineRig rig;
     rig.engine.SetJobFunction(kTestJob, 0, [&rig](int) {
-        rig.engine.SendJobState(core::kStateDone);
+        rig.engine.SendJobState(engine::kStateDone);
         rig.host.SetActiveTab(1); // the user switched tabs while the job ran
         return 0;
     });

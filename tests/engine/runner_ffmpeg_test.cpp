@@ -1,5 +1,6 @@
 // Tests of the runner against the real ffmpeg: progress of an encode, the stop, playback
 // positions from showinfo, paths, two engines at once, and no tool outliving its program.
+#include "engine/job_states.h"
 #include "engine/tarnwick_process.h"
 
 #include <csignal>
@@ -80,7 +81,7 @@ TEST(RunnerFfmpeg, StopEndsALongEncodeWithStopped)
     EXPECT_EQ(rig.engine.nProcessExitCode, engine::kJobStopped);
     std::vector<std::string> states = States(rig.Scene());
     ASSERT_EQ(states, (std::vector<std::string>{"5:"}));
-    EXPECT_EQ(core::StateName(5, false), "Stopped");
+    EXPECT_EQ(engine::StateName(5, false), "Stopped");
     EXPECT_EQ(testsupport::CountProcessesWith(output), 0);
 }
 

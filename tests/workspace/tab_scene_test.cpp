@@ -5,6 +5,7 @@
 #include <future>
 
 #include "core/language.h"
+#include "engine/job_states.h"
 #include "support/recording_view.h"
 #include "support/test_support.h"
 #include "workspace/tab_controls.h"
@@ -135,7 +136,7 @@ TEST(SceneTab, FailedStateWithATextShowsFailedAndNotTheText)
 {
     core::LoadLanguage(core::kLanguageEnglish);
     SceneRig rig;
-    rig.tab.OnJobMessage({AppMessage::WM_APP_JOB_STATE, core::kStateFailed, 0, "ExitCode(1)"});
+    rig.tab.OnJobMessage({AppMessage::WM_APP_JOB_STATE, engine::kStateFailed, 0, "ExitCode(1)"});
     EXPECT_EQ(rig.view.panes[workspace::kPaneState], "Failed");
     EXPECT_EQ(rig.view.panes[workspace::kPaneProgress], "");
     // The reason is kept as a value for the views that tell it.
