@@ -24,6 +24,7 @@ public:
     void SetPositionText(const std::string &text) override;
     void SetFileSummary(const std::string &) override {}
     void SetInputSummary(const std::string &) override {}
+    void SetTitle(const std::string &) override {}
     void ShowPicture(const std::string &path) override
     {
         m_picture = path;

@@ -130,7 +130,6 @@ bool CTarnwickData::SaveProjectFile(const std::string &path, std::string *pError
         return false;
     }
     project_file = path;
-    UpdateTitle();
     return true;
 }
 namespace detail {

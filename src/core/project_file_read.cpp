@@ -374,7 +374,6 @@ bool CTarnwickData::LoadProjectFile(const std::string &path,
     std::unique_lock<std::mutex> lock(sceneLock.m);
     CTarnwickData scratch(*this);
     lock.unlock();
-    scratch.pTitleWnd = nullptr;
     ProjectWarnings warnings;
     ReadState state{warnings, {}};
     try {
@@ -392,12 +391,9 @@ bool CTarnwickData::LoadProjectFile(const std::string &path,
     std::vector<SceneEntry> scenes = std::move(scratch.diff_list);
     scratch.diff_list.clear();
     lock.lock();
-    TitleTarget *titleWnd = pTitleWnd;
     *this = scratch;
     diff_list = std::move(scenes);
-    pTitleWnd = titleWnd;
     lock.unlock();
-    UpdateTitle();
     if (pWarnings != nullptr) {
         *pWarnings = warnings.Lines();
     }

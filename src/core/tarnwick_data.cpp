@@ -139,7 +139,6 @@ void CTarnwickData::ResetProject(bool keepProjectPath)
 
     if (!keepProjectPath) {
         project_file.clear();
-        UpdateTitle();
     }
 
     input_file.clear();
@@ -192,14 +191,6 @@ std::string CTarnwickData::BuildTitle() const
                                                   viSource.height,
                                                   rotText.c_str(),
                                                   fieldText.c_str());
-}
-
-void CTarnwickData::UpdateTitle()
-{
-    if (pTitleWnd == nullptr) {
-        return;
-    }
-    pTitleWnd->SetTitleText(BuildTitle());
 }
 
 namespace {

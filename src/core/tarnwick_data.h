@@ -87,14 +87,6 @@ struct WindowRect
     int bottom = 0;
 };
 
-// Receives the window title built by UpdateTitle; the main frame implements it.
-class TitleTarget
-{
-public:
-    virtual ~TitleTarget() = default;
-    virtual void SetTitleText(const std::string &title) = 0;
-};
-
 // A mutex that travels with a record without being copied: a copy gets a fresh mutex.
 struct CopyableMutex
 {
@@ -114,9 +106,7 @@ public:
     // Returns the instance to a fresh project; see the field comments for what survives.
     // Takes sceneLock while it touches diff_list, so the caller must not hold it.
     void ResetProject(bool keepProjectPath);
-    // Builds the window title from the project and sends it to pTitleWnd (if set).
-    void UpdateTitle();
-    // Builds the title text without sending it.
+    // The window title of the project; the scene tab hands it to its view.
     std::string BuildTitle() const;
 
     // Project file (.twproj). Save: false when the file cannot be written, data unchanged.
@@ -187,7 +177,6 @@ public:
     CapParam capWatermark;
     CapParam capTitle;
     std::vector<double> pts_list;
-    TitleTarget *pTitleWnd = nullptr;
     double dTransitionSec = 0.5;
     double dMeanU = 0.0;
     double dMeanV = 0.0;

@@ -206,6 +206,7 @@ int CTarnwickTabScene::OpenProject(const std::string &given, bool bForce)
     m_Data.bUseCuda = useCuda;
     m_captions.LoadCaptionFields(m_Data);
     ShowFields();
+    RefreshInputSummary();
     core::VideoInfo probe;
     int r = m_Process.GetVideoInfoFfprobe(m_Data.input_file, probe);
     if (r != 0) {
@@ -244,6 +245,7 @@ bool CTarnwickTabScene::SaveProjectAs(const std::string &path)
         m_view.ShowError(core::LoadStringById(3075));
         return false;
     }
+    m_view.SetTitle(m_Data.BuildTitle());
     return true;
 }
 

@@ -487,7 +487,7 @@ std::string CTarnwickTabScene::InputSummary() const
 void CTarnwickTabScene::RefreshInputSummary()
 {
     m_view.SetInputSummary(InputSummary());
-    m_Data.UpdateTitle();
+    m_view.SetTitle(m_Data.BuildTitle());
 }
 
 } // namespace workspace

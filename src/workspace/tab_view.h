@@ -160,6 +160,8 @@ public:
     virtual void SetFileSummary(const std::string &text) = 0;
     // The line about the input and the planned output.
     virtual void SetInputSummary(const std::string &text) = 0;
+    // The window title: the project and the facts of its video.
+    virtual void SetTitle(const std::string &title) = 0;
     // A picture file for the picture pane; empty clears it.
     virtual void ShowPicture(const std::string &path) = 0;
     virtual void SetControls(const ControlStates &states) = 0;

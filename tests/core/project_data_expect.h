@@ -16,14 +16,6 @@ using core::ParamRange;
 using core::SceneEntry;
 using core::VideoInfo;
 
-// Records the titles that UpdateTitle sends.
-class TitleRecorder : public core::TitleTarget
-{
-public:
-    void SetTitleText(const std::string &title) override { titles.push_back(title); }
-    std::vector<std::string> titles;
-};
-
 inline void ExpectSameParam(const ParamRange &a, const ParamRange &b, const char *name)
 {
     SCOPED_TRACE(name);
@@ -127,7 +119,6 @@ inline void ExpectSameData(const CTarnwickData &a, const CTarnwickData &b)
     ExpectSameCaption(a.capWatermark, b.capWatermark, "capWatermark");
     ExpectSameCaption(a.capTitle, b.capTitle, "capTitle");
     EXPECT_EQ(a.pts_list, b.pts_list);
-    EXPECT_EQ(a.pTitleWnd, b.pTitleWnd);
     EXPECT_EQ(a.dTransitionSec, b.dTransitionSec);
     EXPECT_EQ(a.dMeanU, b.dMeanU);
     EXPECT_EQ(a.dMeanV, b.dMeanV);
@@ -151,7 +142,7 @@ inline VideoInfo MakeVideo(int width)
 }
 
 // A workspace with a value other than the default in every field.
-inline void FillRichData(CTarnwickData &d, TitleRecorder *title)
+inline void FillRichData(CTarnwickData &d)
 {
     d.project_file = "/projects/rich.twproj";
     d.input_file = "/videos/rich.mov";
@@ -205,7 +196,6 @@ inline void FillRichData(CTarnwickData &d, TitleRecorder *title)
     d.capTitle.caption = "{\\fad(500,500)}旅の記録";
     d.capTitle.italic = 1;
     d.pts_list = {0.0, 0.033367, 0.066733};
-    d.pTitleWnd = title;
     d.dTransitionSec = 1.25;
     d.dMeanU = 1.5;
     d.dMeanV = -2.5;

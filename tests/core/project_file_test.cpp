@@ -26,21 +26,18 @@ using testsupport::ExpectSameData;
 using testsupport::FillRichData;
 using testsupport::ReadFile;
 using testsupport::TempDir;
-using testsupport::TitleRecorder;
 using testsupport::WriteFile;
 
 // Loads path into a workspace with every field set and expects a refusal that leaves every
 // field as it was, without a title update. Returns the error text.
 std::string LoadRefused(const std::string &path)
 {
-    TitleRecorder title;
     CTarnwickData data;
-    FillRichData(data, &title);
+    FillRichData(data);
     CTarnwickData before(data);
     std::string error;
     EXPECT_FALSE(data.LoadProjectFile(path, &error));
     ExpectSameData(before, data);
-    EXPECT_TRUE(title.titles.empty());
     return error;
 }
 
@@ -178,13 +175,10 @@ TEST(ProjectFile, OpenedPathWinsOverStoredProjectFile)
     TempDir dir;
     std::string path = dir.file("moved.twproj");
     ASSERT_TRUE(WriteFile(path, R"({"project_file": "/old/place/moved.twproj"})"));
-    TitleRecorder title;
     CTarnwickData data;
-    data.pTitleWnd = &title;
     ASSERT_TRUE(data.LoadProjectFile(path));
     EXPECT_EQ(data.project_file, path);
-    ASSERT_EQ(title.titles.size(), 1u);
-    EXPECT_EQ(title.titles[0].rfind("moved.twproj", 0), 0u) << title.titles[0];
+    EXPECT_EQ(data.BuildTitle().rfind("moved.twproj", 0), 0u) << data.BuildTitle();
 }
 
 TEST(ProjectFile, OutputFolderGetsATrailingSlash)
@@ -208,7 +202,7 @@ TEST(ProjectFile, SavedKeysAreSorted)
     TempDir dir;
     std::string path = dir.file("p.twproj");
     CTarnwickData data;
-    FillRichData(data, nullptr);
+    FillRichData(data);
     ASSERT_TRUE(data.SaveProjectFile(path));
     std::string text = ReadFile(path);
     size_t title = text.find("\"capTitle\"");
@@ -338,17 +332,14 @@ TEST(ProjectFile, SaveWritesTheEarlierProjectPathThenTakesTheNewOne)
     TempDir dir;
     std::string first = dir.file("first.twproj");
     std::string second = dir.file("second.twproj");
-    TitleRecorder title;
     CTarnwickData data;
-    data.pTitleWnd = &title;
     ASSERT_TRUE(data.SaveProjectFile(first));
     EXPECT_EQ(json::parse(ReadFile(first))["project_file"], "");
     EXPECT_EQ(data.project_file, first);
     ASSERT_TRUE(data.SaveProjectFile(second));
     EXPECT_EQ(json::parse(ReadFile(second))["project_file"], first);
     EXPECT_EQ(data.project_file, second);
-    ASSERT_EQ(title.titles.size(), 2u);
-    EXPECT_EQ(title.titles[1].rfind("second.twproj", 0), 0u) << title.titles[1];
+    EXPECT_EQ(data.BuildTitle().rfind("second.twproj", 0), 0u) << data.BuildTitle();
 }
 
 TEST(ProjectFile, JapaneseCaptionsRoundTrip)
@@ -356,7 +347,7 @@ TEST(ProjectFile, JapaneseCaptionsRoundTrip)
     TempDir dir;
     std::string path = dir.file("日本語.twproj");
     CTarnwickData saved;
-    FillRichData(saved, nullptr);
+    FillRichData(saved);
     ASSERT_TRUE(saved.SaveProjectFile(path));
     std::string text = ReadFile(path);
     EXPECT_NE(text.find("\"caption\": \"シーン0 猫が通る\""), std::string::npos);
@@ -560,7 +551,7 @@ TEST(ProjectFile, RootKeysOfWrongTypeAreSkipped)
         "cine_sco": 0, "list_idx": "3", "fps": "25", "play_vol": null, "diff_list": {},
         "r_frame_rate": 30})"));
     CTarnwickData data;
-    FillRichData(data, nullptr);
+    FillRichData(data);
     CTarnwickData before(data);
     ASSERT_TRUE(data.LoadProjectFile(path));
     EXPECT_EQ(data.input_file, before.input_file);
@@ -581,7 +572,7 @@ TEST(ProjectFile, SceneListIsClearedWhenTheKeyIsMissing)
     std::string path = dir.file("p.twproj");
     ASSERT_TRUE(WriteFile(path, "{}"));
     CTarnwickData data;
-    FillRichData(data, nullptr);
+    FillRichData(data);
     ASSERT_TRUE(data.LoadProjectFile(path));
     EXPECT_TRUE(data.diff_list.empty());
 }
@@ -607,7 +598,7 @@ TEST(ProjectFile, PartialCaptionObjectStartsFromDefaults)
     std::string path = dir.file("p.twproj");
     ASSERT_TRUE(WriteFile(path, R"({"capWatermark": {"caption": "W", "font_size": 50}})"));
     CTarnwickData data;
-    FillRichData(data, nullptr);
+    FillRichData(data);
     ASSERT_TRUE(data.LoadProjectFile(path));
     CapParam expected;
     expected.caption = "W";
@@ -622,7 +613,7 @@ TEST(ProjectFile, NonObjectScenesAndCaptionsReadAsDefaults)
     ASSERT_TRUE(WriteFile(path, R"({"diff_list": [5, "x", null, [1]], "capTitle": 7,
         "capWatermark": [], "output_folder": "/o/"})"));
     CTarnwickData data;
-    FillRichData(data, nullptr);
+    FillRichData(data);
     ASSERT_TRUE(data.LoadProjectFile(path));
     ASSERT_EQ(data.diff_list.size(), 4u);
     for (size_t i = 0; i < data.diff_list.size(); ++i) {
@@ -667,7 +658,7 @@ TEST(ProjectFile, InvalidUtf8SaveFailsAndTheOldFileStays)
     for (int where = 0; where < 2; ++where) {
         SCOPED_TRACE(where);
         CTarnwickData data;
-        FillRichData(data, nullptr);
+        FillRichData(data);
         if (where == 0) {
             data.input_file = "/videos/\xFF.mov";
         } else {
@@ -694,15 +685,13 @@ TEST(ProjectFile, UnwritableTargetFailsWithDataUnchanged)
     std::filesystem::create_directory(folderTarget);
     for (const std::string &path : {folderTarget, dir.file("no/such/p.twproj")}) {
         SCOPED_TRACE(path);
-        TitleRecorder title;
         CTarnwickData data;
-        FillRichData(data, &title);
+        FillRichData(data);
         CTarnwickData before(data);
         std::string error;
         EXPECT_FALSE(data.SaveProjectFile(path, &error));
         EXPECT_EQ(error.rfind(path + ": cannot write the file: ", 0), 0u) << error;
         ExpectSameData(before, data);
-        EXPECT_TRUE(title.titles.empty());
         EXPECT_FALSE(std::filesystem::exists(path + ".tmp"));
     }
     EXPECT_TRUE(std::filesystem::is_directory(folderTarget));

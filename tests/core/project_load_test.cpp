@@ -17,7 +17,6 @@ using core::CTarnwickData;
 using testsupport::ExpectSameData;
 using testsupport::FillRichData;
 using testsupport::TempDir;
-using testsupport::TitleRecorder;
 using testsupport::WriteFile;
 using Lines = std::vector<std::string>;
 
@@ -46,15 +45,13 @@ Lines LoadWarnings(const std::string &text)
 // and no warnings; returns the error text.
 std::string LoadRefused(const std::string &path)
 {
-    TitleRecorder title;
     CTarnwickData data;
-    FillRichData(data, &title);
+    FillRichData(data);
     CTarnwickData before(data);
     std::string error;
     Lines warnings{"left from before"};
     EXPECT_FALSE(data.LoadProjectFile(path, &error, &warnings));
     ExpectSameData(before, data);
-    EXPECT_TRUE(title.titles.empty());
     EXPECT_TRUE(warnings.empty());
     EXPECT_EQ(error.find('\n'), std::string::npos);
     return error;

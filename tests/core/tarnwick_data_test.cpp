@@ -19,13 +19,6 @@ using core::SceneEntry;
 using testsupport::TempDir;
 using testsupport::WriteFile;
 
-class RecordingTitle : public core::TitleTarget
-{
-public:
-    void SetTitleText(const std::string &title) override { titles.push_back(title); }
-    std::vector<std::string> titles;
-};
-
 void ExpectParam(const ParamRange &param,
                  double value,
                  double minValue,
@@ -89,7 +82,6 @@ TEST(CTarnwickData, NewInstanceIsFreshProject)
     EXPECT_EQ(data.dTransitionSec, 0.5);
     EXPECT_EQ(data.capWatermark.caption, "TarnwickMP4\\NBrindlemoor.");
     EXPECT_EQ(data.capTitle.capTime_second, 3.0);
-    EXPECT_EQ(data.pTitleWnd, nullptr);
 }
 
 TEST(CTarnwickData, UseCudaFollowsHardwareProbe)
@@ -219,31 +211,25 @@ TEST(ResetProject, KeepsProgramSwitches)
     EXPECT_EQ(data.rcMainWindow.bottom, 620);
 }
 
-TEST(ResetProject, ForgetsProjectPathAndRetitles)
+TEST(ResetProject, ForgetsProjectPathAndTheTitleIsUntitledAgain)
 {
-    RecordingTitle target;
     CTarnwickData data;
-    data.pTitleWnd = &target;
     data.project_file = "/p/a.twproj";
 
     data.ResetProject(false);
 
     EXPECT_EQ(data.project_file, "");
-    ASSERT_EQ(target.titles.size(), 1u);
-    EXPECT_EQ(target.titles[0], core::LoadStringById(core::kIdsUntitled));
+    EXPECT_EQ(data.BuildTitle(), core::LoadStringById(core::kIdsUntitled));
 }
 
-TEST(ResetProject, KeepProjectPathLeavesPathAndTitle)
+TEST(ResetProject, KeepProjectPathLeavesPath)
 {
-    RecordingTitle target;
     CTarnwickData data;
-    data.pTitleWnd = &target;
     data.project_file = "/p/a.twproj";
 
     data.ResetProject(true);
 
     EXPECT_EQ(data.project_file, "/p/a.twproj");
-    EXPECT_TRUE(target.titles.empty());
 }
 
 TEST(Title, UnsavedProjectUsesResourceString)
@@ -295,18 +281,6 @@ TEST(Title, ShortFormDropsTensOfHours)
     data.viSource.frame_num = 25 * 36005;
     EXPECT_EQ(data.BuildTitle(),
               "holiday.twproj \"beach.mts 0:00:05.00 Frm:900125 FPS:25.00 W1920xH1080\"");
-}
-
-TEST(UpdateTitle, SendsTitleToTarget)
-{
-    RecordingTitle target;
-    CTarnwickData data = MakeTitledProject();
-    data.UpdateTitle();
-    data.pTitleWnd = &target;
-    data.UpdateTitle();
-    ASSERT_EQ(target.titles.size(), 1u);
-    EXPECT_EQ(target.titles[0],
-              "holiday.twproj \"beach.mts 0:00:10.00 Frm:250 FPS:25.00 W1920xH1080\"");
 }
 
 TEST(LoadPtsList, MissingFileGivesEvenTimes)

@@ -28,6 +28,7 @@ public:
     void SetPositionText(const std::string &text) override { positionText = text; }
     void SetFileSummary(const std::string &text) override { fileSummary = text; }
     void SetInputSummary(const std::string &text) override { inputSummary = text; }
+    void SetTitle(const std::string &text) override { title = text; }
     void ShowPicture(const std::string &path) override { picture = path; }
     void SetControls(const workspace::ControlStates &states) override;
     void ShowFields(const workspace::FieldTexts &f) override;
@@ -49,6 +50,7 @@ public:
     std::string positionText;
     std::string fileSummary;
     std::string inputSummary;
+    std::string title;
     std::string picture;
     workspace::ControlStates controls;
     workspace::FieldTexts fields;

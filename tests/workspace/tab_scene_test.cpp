@@ -343,3 +343,21 @@ TEST(SceneTab, ResetsAskFirstAndANoChangesNothing)
     EXPECT_EQ(rig.tab.Data().threshold.dValue, 100);
     EXPECT_EQ(rig.view.questions, (std::vector<int>{3121, 3121}));
 }
+
+namespace {
+
+TEST(SceneTab, TheTitleFollowsTheProjectThroughTheView)
+{
+    core::LoadLanguage(core::kLanguageEnglish);
+    testsupport::TempDir dir;
+    SceneRig rig;
+    rig.tab.Init();
+    EXPECT_EQ(rig.view.title, core::LoadStringById(core::kIdsUntitled));
+    const std::string path = dir.file("trip.twproj");
+    ASSERT_TRUE(rig.tab.SaveProjectAs(path));
+    EXPECT_EQ(rig.view.title.rfind("trip.twproj", 0), 0u) << rig.view.title;
+    rig.tab.ClearProject(true);
+    EXPECT_EQ(rig.view.title, core::LoadStringById(core::kIdsUntitled));
+}
+
+} // namespace
