@@ -1,7 +1,6 @@
 // The job dispatcher: starting a job on the worker thread, its end, the stop, and the reports
 // to the current tab.
 #include "engine/tarnwick_process.h"
-#include "engine/job_states.h"
 
 #include <chrono>
 #include <filesystem>
@@ -11,6 +10,7 @@
 #include "core/helpers.h"
 #include "core/language.h"
 #include "core/project_names.h"
+#include "engine/job_states.h"
 
 namespace engine {
 
