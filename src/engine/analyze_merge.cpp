@@ -136,6 +136,9 @@ int CTarnwickProcess::AnalyzeMergeSource(int nRow)
         pData->dTransitionSec =
             MergeTransitionSeconds(pData->viCurrent.fps, core::MergeRateFps(rate));
     }
+    if (EngineTab *tab = CurrentTab()) {
+        tab->OnInputAnalysed(true); // the host's refresh of the tab, keeping the selection
+    }
     const std::string output = pData->GetOutputPath();
     const std::string file = Exists(output) ? output : src;
     PreviewAnalysedFile(file);

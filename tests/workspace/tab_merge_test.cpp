@@ -137,3 +137,18 @@ TEST(MergeTab, AnalysisJobFillsTheRowsThroughItsMessages)
     EXPECT_EQ(rig.view.rows[0].columns[2], "160 x 120");
     EXPECT_EQ(rig.view.rows[1].columns[7], rig.view.rows[0].columns[5]);
 }
+
+TEST(MergeTab, AfterEachRowsAnalysisTheListIsRebuiltWithTheSelectionKept)
+{
+    TempDir dir;
+    MergeRig rig;
+    rig.tab.DropFiles({Clip(dir, "a.mp4"), Clip(dir, "b.mp4")});
+    const int shows = rig.view.listShows;
+    rig.tab.Analysis();
+    testsupport::WaitForJob(rig.loop, rig.tab);
+    ASSERT_EQ(rig.tab.LastJob().nResult, 0);
+    // Each analysed row hands the list back to the tab, which rebuilds it whole.
+    EXPECT_GE(rig.view.listShows, shows + 2);
+    EXPECT_EQ(rig.tab.Data().list_idx, 1) << "the last analysed row stays selected";
+    EXPECT_EQ(rig.view.rows.size(), 2u);
+}
