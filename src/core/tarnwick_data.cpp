@@ -193,6 +193,18 @@ std::string CTarnwickData::BuildTitle() const
                                                   fieldText.c_str());
 }
 
+PictureValues CTarnwickData::Picture() const
+{
+    PictureValues picture;
+    picture.brightness = brightness.dValue;
+    picture.contrast = contrast.dValue;
+    picture.saturation = saturation.dValue;
+    picture.gamma = gamma.dValue;
+    picture.primaries = primaries;
+    picture.cine_sco = cine_sco;
+    return picture;
+}
+
 namespace {
 
 // Largest frame count for which evenly spaced times are generated: six days at 100 frames a

@@ -96,6 +96,17 @@ struct CopyableMutex
     mutable std::mutex m;
 };
 
+// The picture values of a project as the filter chain uses them.
+struct PictureValues
+{
+    double brightness = 0.0;
+    double contrast = 1.0;
+    double saturation = 1.0;
+    double gamma = 1.0;
+    int primaries = 0;
+    int cine_sco = 0;
+};
+
 // The whole state of one workspace. Two instances live as long as the program, one per tab.
 class CTarnwickData
 {
@@ -108,6 +119,8 @@ public:
     void ResetProject(bool keepProjectPath);
     // The window title of the project; the scene tab hands it to its view.
     std::string BuildTitle() const;
+    // The picture values, as a copy.
+    PictureValues Picture() const;
 
     // Project file (.twproj). Save: false when the file cannot be written, data unchanged.
     // Load: false when the file cannot be read or parsed, is larger or nested deeper than any

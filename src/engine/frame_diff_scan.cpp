@@ -256,8 +256,9 @@ int CTarnwickProcess::ExecuteCmdLoadVideo(const std::string &path, int nThreshol
     const bool bCut = bCutScenes;
     {
         SceneSink sink(*this, path, setup.fps, bCut);
-        SceneGrouper grouper(SceneGrouper::FramesFor(setup.fps, pData->valid_min_unit.dValue),
-                             SceneGrouper::FramesFor(setup.fps, pData->cut_min_unit.dValue),
+        const JobSettings settings = Settings();
+        SceneGrouper grouper(SceneGrouper::FramesFor(setup.fps, settings.validMinUnit),
+                             SceneGrouper::FramesFor(setup.fps, settings.cutMinUnit),
                              [&sink](int first, int last) { sink.Emit(first, last); });
         nScanFrames = 0;
         nScanFrames = ReadFrames(*this, child, setup, grouper);

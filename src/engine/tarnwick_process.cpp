@@ -91,6 +91,9 @@ int CTarnwickProcess::StartThread(int nJob)
         nPreviewFrame = 0;
         strPreviewTime = "0";
     }
+    if (pData != nullptr) {
+        jobSettings = SettingsOf(*pData); // read here, on the thread that owns the project
+    }
     bThreadRunning.exchange(true); // before the thread exists: a tab that looks sees the job
     workerThread = std::thread([this, nJob] { RunJob(nJob); });
     return 1;
@@ -121,6 +124,7 @@ void CTarnwickProcess::RunJob(int nJob)
     }
     nProcessExitCode = kJobOk;
     nProcessExitCode = RunJobRow(nJob, true);
+    jobSettings = std::nullopt;
     nProcessID = 0;
     SendToTab(AppMessage::WM_APP_PROCESS_FINISHED, nJob, nProcessExitCode);
     bThreadRunning.exchange(false);
@@ -261,7 +265,26 @@ std::string CTarnwickProcess::OutputPath() const
 
 int CTarnwickProcess::ThresholdArgument() const
 {
-    return static_cast<int>(pData->threshold.dValue) * 100;
+    return static_cast<int>(Settings().threshold) * 100;
+}
+
+JobSettings SettingsOf(const core::CTarnwickData &data)
+{
+    JobSettings settings;
+    settings.threshold = data.threshold.dValue;
+    settings.validMinUnit = data.valid_min_unit.dValue;
+    settings.cutMinUnit = data.cut_min_unit.dValue;
+    settings.transition = data.transition;
+    settings.picture = data.Picture();
+    return settings;
+}
+
+JobSettings CTarnwickProcess::Settings() const
+{
+    if (std::optional<JobSettings> settings = jobSettings.get()) {
+        return *settings;
+    }
+    return SettingsOf(*pData);
 }
 
 } // namespace engine

@@ -82,6 +82,18 @@ struct PreviewRequest
     int bMergeMode = 0;
 };
 
+// The values of the project that a job works with, copied when the job starts: a view may
+// change the project while the job runs, and the job goes on with what it began with.
+struct JobSettings
+{
+    double threshold = 0.0;    // changed pixels per full-HD frame
+    double validMinUnit = 0.0; // seconds of activity a scene needs
+    double cutMinUnit = 0.0;   // seconds of stillness that end a scene
+    int transition = 0;
+    core::PictureValues picture;
+};
+JobSettings SettingsOf(const core::CTarnwickData &data);
+
 // One engine per tab, living as long as the tab. The tab starts jobs and asks for stops on
 // its user-interface thread; each job runs on the engine's worker thread and reports through
 // the job messages of the tab that is current when it reports (pHostDlg->CurrentTab()).
@@ -415,15 +427,19 @@ public:
     std::string OutputPath() const;
     // threshold cut to an integer, times 100: the scan's nThreshold.
     int ThresholdArgument() const;
+    // The settings of the running job, copied by StartThread; when no job runs (a background
+    // check, a step called on its own), those of the project as it stands.
+    JobSettings Settings() const;
 
     // ---- Fields ----
 
-    EngineHost *pHostDlg = nullptr;          // receiver of all reports; not owned
-    core::CTarnwickData *pData = nullptr;    // the tab's project; not owned
-    std::atomic<bool> bThreadRunning{false}; // a job thread exists and has not finished
-    std::thread workerThread;                // thread of the current or the last job
-    std::atomic<int> nProcessID{0};          // running job, 0 when none
-    std::atomic<int> nPlayJob{0};            // last playback job (1027, 1028, 1029), 0 when none
+    EngineHost *pHostDlg = nullptr;                  // receiver of all reports; not owned
+    core::CTarnwickData *pData = nullptr;            // the tab's project; not owned
+    std::atomic<bool> bThreadRunning{false};         // a job thread exists and has not finished
+    Guarded<std::optional<JobSettings>> jobSettings; // the running job's copy
+    std::thread workerThread;                        // thread of the current or the last job
+    std::atomic<int> nProcessID{0};                  // running job, 0 when none
+    std::atomic<int> nPlayJob{0};   // last playback job (1027, 1028, 1029), 0 when none
     std::atomic<pid_t> hProcess{0}; // child of the running step that a stop reaches; for the log
     Guarded<std::string> strPreviewFile;      // the file whose facts stand in viCurrent
     std::atomic<int> nPreviewFrame{0};        // frame at which preview and playback stand

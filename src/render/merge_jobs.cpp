@@ -215,7 +215,8 @@ int CTarnwickProcess::ProcessConv(const std::string &output)
         prefix, encoder, pData->viCurrent.fps, pData->viCurrent.r_frame_rate};
     SendToTab(AppMessage::WM_APP_STAGE_TEXT, 0, 0, engine::StageName(engine::kStageSceneMerge));
     // Without the transition the graph joins end to end, through the concat filter.
-    const double fade = pData->transition != 0 && checked.nCount >= 2 ? pData->dTransitionSec : 0.0;
+    const double fade =
+        Settings().transition != 0 && checked.nCount >= 2 ? pData->dTransitionSec : 0.0;
     const int nFinal = render::FadedFrameCount(checked.nTotal, fps, checked.nCount, fade);
     std::string merged;
     result = MergeByGraphs(names, mergeArgs, checked.inputs, {fade, target.rate}, merged);

@@ -171,7 +171,7 @@ int CTarnwickProcess::MergeSegments(const render::TrimNames &names,
                                   pData->viCurrent.fps,
                                   pData->viInput.r_frame_rate};
     SendToTab(AppMessage::WM_APP_STAGE_TEXT, 0, 0, engine::StageName(engine::kStageSceneMerge));
-    if (pData->transition == 0 || checked.nCount < 2) {
+    if (Settings().transition == 0 || checked.nCount < 2) {
         nFinal = checked.nTotal;
         merged = names.Merged();
         return MergeByConcat(names, args, merged, checked.nTotal);

@@ -25,14 +25,14 @@ int IntegerPart(double value)
 }
 
 // Brightness is a fraction of the full range; gamma is applied as the exponent 1/gamma.
-std::string CorrectionPieces(const core::CTarnwickData &data)
+std::string CorrectionPieces(const core::PictureValues &picture)
 {
     return core::StrPrintf(
         "lut=y='pow(clip(((val+%.3f-128)*%.3f+128)/255\\,0\\,1),1/%.3f)*255',hue=s=%.3f,",
-        data.brightness.dValue * 255.0,
-        data.contrast.dValue,
-        data.gamma.dValue,
-        data.saturation.dValue);
+        picture.brightness * 255.0,
+        picture.contrast,
+        picture.gamma,
+        picture.saturation);
 }
 
 // Black bars painted over the picture (the frame size stays) so that what is left has the
@@ -95,7 +95,14 @@ std::string BuildVideoFilterText(const core::CTarnwickData &data,
                                  const VideoFilterFlags &flags,
                                  const std::string &captionFilter)
 {
-    const core::VideoInfo &vi = data.viCurrent;
+    return BuildVideoFilterText(data.viCurrent, data.Picture(), flags, captionFilter);
+}
+
+std::string BuildVideoFilterText(const core::VideoInfo &vi,
+                                 const core::PictureValues &picture,
+                                 const VideoFilterFlags &flags,
+                                 const std::string &captionFilter)
+{
     SourceSize size = SourceSizeOf(vi, flags.bRotated);
     double w = size.w;
     double h = size.h;
@@ -105,11 +112,11 @@ std::string BuildVideoFilterText(const core::CTarnwickData &data,
 
     std::string chain;
     if (flags.bVf) {
-        chain += CorrectionPieces(data);
-        if (data.primaries != 0) {
+        chain += CorrectionPieces(picture);
+        if (picture.primaries != 0) {
             chain += "zscale=range=full:primaries=bt709:transfer=bt709:matrix=bt709,";
         }
-        if (data.cine_sco != 0) {
+        if (picture.cine_sco != 0) {
             chain += BarPieces(w, h, dw);
         }
         if (!captionFilter.empty()) {

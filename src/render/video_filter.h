@@ -36,6 +36,11 @@ struct VideoFilterFlags
 std::string BuildVideoFilterText(const core::CTarnwickData &data,
                                  const VideoFilterFlags &flags,
                                  const std::string &captionFilter);
+// The same from the picture values a job copied at its start and the facts of the picture.
+std::string BuildVideoFilterText(const core::VideoInfo &vi,
+                                 const core::PictureValues &picture,
+                                 const VideoFilterFlags &flags,
+                                 const std::string &captionFilter);
 
 // The chain that brings a merge input to tw by th: square pixels first, then fitted without
 // distortion and centred on black.

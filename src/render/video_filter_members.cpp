@@ -25,7 +25,7 @@ CTarnwickProcess::BuildVideoFilter(bool bVf, bool bPad, bool bPreview, bool bRot
         render::SourceSize size = render::SourceSizeOf(pData->viCurrent, bRotated);
         captionFilter = BuildCaptionFilter(bAll, size.w, size.h, bPreview, nScene);
     }
-    return render::BuildVideoFilterText(*pData, flags, captionFilter);
+    return render::BuildVideoFilterText(pData->viCurrent, Settings().picture, flags, captionFilter);
 }
 
 std::string CTarnwickProcess::BuildCaptionFilter(bool bAll, int w, int h, bool bPreview, int nScene)

@@ -405,3 +405,36 @@ TEST(LogCommandResult, WritesOneLineByOutcome)
 }
 
 } // namespace
+
+namespace {
+
+TEST(JobDispatcher, AJobWorksWithTheSettingsItStartedWith)
+{
+    EngineRig rig;
+    rig.data.threshold.dValue = 100;
+    rig.data.brightness.dValue = 0.25;
+    rig.data.transition = 1;
+    std::promise<void> changed;
+    std::shared_future<void> gate = changed.get_future().share();
+    engine::JobSettings seen;
+    rig.engine.SetJobFunction(kTestJob, 0, [&rig, &seen, gate](int) {
+        gate.wait(); // the view has changed the project meanwhile
+        seen = rig.engine.Settings();
+        return rig.engine.ThresholdArgument();
+    });
+    ASSERT_EQ(rig.engine.StartThread(kTestJob), 1);
+    rig.data.threshold.dValue = 500;
+    rig.data.brightness.dValue = -0.5;
+    rig.data.transition = 0;
+    changed.set_value();
+    rig.WaitForJob();
+    EXPECT_EQ(seen.threshold, 100.0);
+    EXPECT_EQ(seen.picture.brightness, 0.25);
+    EXPECT_EQ(seen.transition, 1);
+    EXPECT_EQ(rig.engine.nProcessExitCode, 10000) << "the scan's threshold argument of the copy";
+    // Outside a job, the project as it stands.
+    EXPECT_EQ(rig.engine.Settings().threshold, 500.0);
+    EXPECT_EQ(rig.engine.ThresholdArgument(), 50000);
+}
+
+} // namespace

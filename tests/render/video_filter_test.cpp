@@ -207,3 +207,21 @@ TEST(DeinterlacePrefixTest, DoublesTheFieldRateInFrontOfSetpts)
 }
 
 } // namespace
+
+namespace {
+
+TEST(VideoFilterTest, CopiedPictureValuesGiveTheChainOfThoseValues)
+{
+    core::PictureValues picture;
+    picture.brightness = 0.1;
+    picture.contrast = 1.2;
+    picture.saturation = 0.8;
+    picture.gamma = 2.0;
+    picture.primaries = 1;
+    core::VideoInfo vi = Picture(1920, 1080).viCurrent;
+    EXPECT_EQ(BuildVideoFilterText(vi, picture, Flags(true, false), ""),
+              "lut=y='pow(clip(((val+25.500-128)*1.200+128)/255\\,0\\,1),1/2.000)*255',"
+              "hue=s=0.800,zscale=range=full:primaries=bt709:transfer=bt709:matrix=bt709,");
+}
+
+} // namespace
