@@ -13,6 +13,7 @@
 #include "bench_support.h"
 #include "core/helpers.h"
 #include "core/merge_formats.h"
+#include "core/paths.h"
 #include "engine/encoder_presets.h"
 
 namespace {

@@ -10,8 +10,8 @@
 
 #include <unistd.h>
 
-#include "core/helpers.h"
 #include "core/path_check.h"
+#include "core/paths.h"
 
 namespace cli {
 

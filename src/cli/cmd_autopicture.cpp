@@ -9,9 +9,9 @@
 
 #include "cli/cli_support.h"
 #include "cli/scan_session.h"
-#include "core/helpers.h"
 #include "core/language.h"
 #include "core/path_check.h"
+#include "core/paths.h"
 
 namespace cli {
 namespace {

@@ -20,6 +20,7 @@
 #include "core/helpers.h"
 #include "core/language.h"
 #include "core/merge_formats.h"
+#include "core/paths.h"
 
 namespace cli {
 namespace {

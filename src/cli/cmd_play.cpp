@@ -17,6 +17,7 @@
 #include "cli/scan_session.h"
 #include "core/helpers.h"
 #include "core/language.h"
+#include "core/paths.h"
 
 namespace cli {
 namespace {

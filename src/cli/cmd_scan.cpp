@@ -6,7 +6,7 @@
 #include "cli/commands.h"
 #include "cli/scan_session.h"
 #include "core/file_io.h"
-#include "core/helpers.h"
+#include "core/paths.h"
 
 namespace cli {
 namespace {

@@ -11,7 +11,6 @@
 #include "cli/cli_support.h"
 #include "cli/commands.h"
 #include "cli/scan_session.h"
-#include "core/helpers.h"
 #include "core/project_names.h"
 #include "core/tarnwick_data.h"
 

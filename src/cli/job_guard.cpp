@@ -6,7 +6,7 @@
 #include <ostream>
 #include <system_error>
 
-#include "core/helpers.h"
+#include "core/paths.h"
 
 namespace cli {
 

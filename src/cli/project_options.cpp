@@ -7,6 +7,7 @@
 #include <filesystem>
 
 #include "core/helpers.h"
+#include "core/paths.h"
 #include "workspace/tab_scene.h"
 
 namespace cli {

@@ -17,6 +17,7 @@
 #include "core/language.h"
 #include "core/path_check.h"
 #include "core/project_names.h"
+#include "core/time_codes.h"
 
 namespace cli {
 namespace {

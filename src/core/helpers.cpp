@@ -18,12 +18,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// Formats with printf's conversion and reads the text back: rounds the way the text shows it.
-double RoundTrip(const char *format, double value)
-{
-    return std::strtod(StrPrintf(format, value).c_str(), nullptr);
-}
-
 struct RateCandidate
 {
     int num;
@@ -54,34 +48,12 @@ constexpr RateCandidate kRateCandidates[] = {
 
 constexpr double kSnapTolerance = 0.005;
 
-// Matches a file name against a pattern in which "*" stands for any run of characters.
-bool MatchesPattern(const std::string &name, const std::string &pattern)
-{
-    size_t n = 0;
-    size_t p = 0;
-    size_t starPos = std::string::npos;
-    size_t starName = 0;
-    while (n < name.size()) {
-        if (p < pattern.size() && pattern[p] == '*') {
-            starPos = p++;
-            starName = n;
-        } else if (p < pattern.size() && pattern[p] == name[n]) {
-            ++p;
-            ++n;
-        } else if (starPos != std::string::npos) {
-            p = starPos + 1;
-            n = ++starName;
-        } else {
-            return false;
-        }
-    }
-    while (p < pattern.size() && pattern[p] == '*') {
-        ++p;
-    }
-    return p == pattern.size();
-}
-
 } // namespace
+
+double RoundAsPrinted(const char *format, double value)
+{
+    return std::strtod(StrPrintf(format, value).c_str(), nullptr);
+}
 
 std::string StrPrintf(const char *format, ...)
 {
@@ -101,43 +73,13 @@ std::string StrPrintf(const char *format, ...)
     return text;
 }
 
-std::string SecondsToTimeCode(double seconds, bool shortForm)
-{
-    double x = RoundTrip("%.02f", seconds);
-    int h = static_cast<int>(x / 3600);
-    int m = static_cast<int>(std::fmod(x, 3600) / 60);
-    int s = static_cast<int>(std::fmod(x, 60));
-    int c = static_cast<int>(std::round((x - std::trunc(x)) * 100));
-    if (shortForm) {
-        // Narrow displays keep one hour digit; ten hours and more lose their tens.
-        return StrPrintf("%01d:%02d:%02d.%02d", h % 10, m, s, c);
-    }
-    return StrPrintf("%02d:%02d:%02d.%02d", h, m, s, c);
-}
-
-std::string SecondsToText(double seconds, const char *format)
-{
-    return StrPrintf(format, seconds);
-}
-
-double ParseTimeCode(const std::string &text)
-{
-    int hours = 0;
-    int minutes = 0;
-    int secs = 0;
-    int hundredths = 0;
-    std::sscanf(text.c_str(), "%d:%d:%d.%d", &hours, &minutes, &secs, &hundredths);
-    // The last field counts as hundredths whatever its number of digits.
-    return (static_cast<double>(hours) * 60 + minutes) * 60 + secs + hundredths / 100.0;
-}
-
 void UpdateParamText(ParamRange &param)
 {
     if (param.nType == 1) {
         param.strText = StrPrintf("%d", static_cast<int>(param.dValue));
         return;
     }
-    double value = RoundTrip("%.2f", param.dValue);
+    double value = RoundAsPrinted("%.2f", param.dValue);
     if (value == 0.0) {
         value = 0.0; // drops the sign of -0.00
     }
@@ -198,108 +140,6 @@ int GetThreadCountFor(bool forced, unsigned hardwareThreads)
         return 4;
     }
     return std::min(6, static_cast<int>(hardwareThreads * 0.75));
-}
-
-std::string ReplaceExtension(const std::string &path, const std::string &newTail)
-{
-    size_t dot = path.rfind('.');
-    if (dot == std::string::npos) {
-        return path;
-    }
-    return path.substr(0, dot) + newTail;
-}
-
-std::string SetTrailingSeparator(const std::string &path, bool wanted)
-{
-    if (path.empty()) {
-        return path;
-    }
-    if (wanted) {
-        return path.back() == '/' ? path : path + "/";
-    }
-    return path.back() == '/' ? path.substr(0, path.size() - 1) : path;
-}
-
-bool IsMp4File(const std::string &path)
-{
-    size_t dot = path.rfind('.');
-    if (dot == std::string::npos) {
-        return false;
-    }
-    std::string tail = path.substr(dot);
-    std::transform(tail.begin(), tail.end(), tail.begin(), [](unsigned char ch) {
-        return static_cast<char>(std::tolower(ch));
-    });
-    return tail == ".mp4";
-}
-
-std::string FileNamePart(const std::string &path)
-{
-    size_t slash = path.rfind('/');
-    return slash == std::string::npos ? path : path.substr(slash + 1);
-}
-
-void DeleteByPattern(const std::string &pattern)
-{
-    size_t slash = pattern.rfind('/');
-    std::string folder = slash == std::string::npos ? "." : pattern.substr(0, slash + 1);
-    std::string namePattern = slash == std::string::npos ? pattern : pattern.substr(slash + 1);
-    if (namePattern.empty()) {
-        return;
-    }
-    std::error_code ec;
-    fs::directory_iterator it(folder, ec);
-    if (ec) {
-        return;
-    }
-    for (; it != fs::directory_iterator(); it.increment(ec)) {
-        if (ec) {
-            return;
-        }
-        std::error_code statusError;
-        if (it->is_directory(statusError)) {
-            continue;
-        }
-        if (MatchesPattern(it->path().filename().string(), namePattern)) {
-            std::error_code removeError;
-            fs::remove(it->path(), removeError);
-        }
-    }
-}
-
-bool DeleteTree(const std::string &folder)
-{
-    std::error_code ec;
-    fs::directory_iterator it(folder, ec);
-    if (ec) {
-        return true;
-    }
-    for (; it != fs::directory_iterator(); it.increment(ec)) {
-        if (ec) {
-            break;
-        }
-        std::error_code statusError;
-        // A link to a folder is removed as a link; its target is left alone.
-        if (it->is_directory(statusError) && !it->is_symlink(statusError)) {
-            DeleteTree(it->path().string());
-        } else {
-            std::error_code removeError;
-            fs::remove(it->path(), removeError);
-        }
-    }
-    std::error_code removeError;
-    return fs::remove(folder, removeError) && !removeError;
-}
-
-bool CreateFolders(const std::string &folder)
-{
-    if (folder.empty()) {
-        return false;
-    }
-    std::error_code ec;
-    fs::create_directories(folder, ec);
-    std::error_code statusError;
-    return fs::is_directory(folder, statusError);
 }
 
 namespace {

@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include "core/helpers.h"
+#include "core/paths.h"
 
 namespace core {
 namespace {

@@ -19,6 +19,7 @@
 #include <strings.h>
 
 #include "core/helpers.h"
+#include "core/paths.h"
 #include "core/project_file_internal.h"
 #include "core/tarnwick_data.h"
 

@@ -2,6 +2,7 @@
 #include "core/project_names.h"
 
 #include "core/helpers.h"
+#include "core/paths.h"
 
 namespace core {
 namespace {

@@ -8,6 +8,8 @@
 
 #include "core/helpers.h"
 #include "core/language.h"
+#include "core/paths.h"
+#include "core/time_codes.h"
 
 namespace core {
 

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "core/app_log.h"
-#include "core/helpers.h"
+#include "core/paths.h"
 #include "engine/encoder_presets.h"
 #include "engine/job_pool.h"
 #include "engine/picture_measure.h"

@@ -3,8 +3,8 @@
 #include <filesystem>
 #include <system_error>
 
-#include "core/helpers.h"
 #include "core/language.h"
+#include "core/paths.h"
 #include "core/project_names.h"
 #include "engine/encoder_presets.h"
 #include "engine/input_analysis.h"

@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "core/helpers.h"
+#include "core/paths.h"
 
 namespace engine {
 namespace {

@@ -3,7 +3,7 @@
 
 #include <cmath>
 
-#include "core/helpers.h"
+#include "core/paths.h"
 #include "engine/encoder_presets.h"
 
 namespace engine {

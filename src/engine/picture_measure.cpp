@@ -10,6 +10,7 @@
 #include <opencv2/imgproc.hpp>
 
 #include "core/helpers.h"
+#include "core/paths.h"
 
 namespace engine {
 namespace {

@@ -10,8 +10,8 @@
 
 #include "core/app_log.h"
 #include "core/file_io.h"
-#include "core/helpers.h"
 #include "core/language.h"
+#include "core/paths.h"
 #include "engine/pts_parse.h"
 #include "engine/status_parser.h"
 

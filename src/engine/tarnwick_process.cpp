@@ -9,6 +9,7 @@
 #include "core/app_log.h"
 #include "core/helpers.h"
 #include "core/language.h"
+#include "core/paths.h"
 #include "core/project_names.h"
 #include "engine/job_states.h"
 

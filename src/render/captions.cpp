@@ -7,6 +7,8 @@
 #include <limits>
 
 #include "core/helpers.h"
+#include "core/paths.h"
+#include "core/time_codes.h"
 
 namespace render {
 namespace {

@@ -17,6 +17,7 @@
 #include "core/helpers.h"
 #include "core/language.h"
 #include "core/merge_formats.h"
+#include "core/paths.h"
 #include "core/project_names.h"
 #include "engine/encoder_presets.h"
 #include "engine/job_pool.h"

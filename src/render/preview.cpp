@@ -6,7 +6,7 @@
 #include <system_error>
 
 #include "core/app_log.h"
-#include "core/helpers.h"
+#include "core/paths.h"
 #include "render/preview_commands.h"
 
 namespace engine {

@@ -2,6 +2,7 @@
 #include "render/preview_commands.h"
 
 #include "core/helpers.h"
+#include "core/paths.h"
 
 namespace render {
 

@@ -16,6 +16,7 @@
 #include "core/file_io.h"
 #include "core/helpers.h"
 #include "core/language.h"
+#include "core/paths.h"
 #include "core/project_names.h"
 #include "engine/encoder_presets.h"
 #include "engine/job_pool.h"

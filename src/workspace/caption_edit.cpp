@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "core/helpers.h"
+#include "core/paths.h"
 
 namespace workspace {
 

@@ -9,6 +9,7 @@
 #include <mutex>
 
 #include "core/helpers.h"
+#include "core/paths.h"
 #include "workspace/caption_edit.h"
 
 namespace workspace {

@@ -10,6 +10,8 @@
 #include "core/app_log.h"
 #include "core/helpers.h"
 #include "core/language.h"
+#include "core/paths.h"
+#include "core/time_codes.h"
 #include "engine/job_states.h"
 #include "workspace/scene_defaults.h"
 #include "workspace/tab_scene.h"

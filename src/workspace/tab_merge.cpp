@@ -10,6 +10,7 @@
 #include "core/helpers.h"
 #include "core/language.h"
 #include "core/merge_formats.h"
+#include "core/paths.h"
 #include "workspace/caption_edit.h"
 #include "workspace/tab_controls.h"
 #include "workspace/tab_scene.h"

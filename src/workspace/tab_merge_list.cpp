@@ -3,7 +3,6 @@
 
 #include <algorithm>
 
-#include "core/helpers.h"
 #include "core/language.h"
 #include "workspace/tab_controls.h"
 

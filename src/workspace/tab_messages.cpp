@@ -7,6 +7,7 @@
 
 #include "core/app_log.h"
 #include "core/helpers.h"
+#include "core/paths.h"
 #include "engine/job_states.h"
 
 namespace workspace {

@@ -9,8 +9,8 @@
 #include <filesystem>
 
 #include "core/app_log.h"
-#include "core/helpers.h"
 #include "core/language.h"
+#include "core/paths.h"
 #include "core/project_names.h"
 #include "engine/encoder_presets.h"
 #include "engine/input_analysis.h"

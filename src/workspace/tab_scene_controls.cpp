@@ -7,6 +7,7 @@
 
 #include "core/helpers.h"
 #include "core/language.h"
+#include "core/paths.h"
 #include "core/project_names.h"
 #include "render/preview_commands.h"
 #include "workspace/tab_controls.h"

@@ -1,5 +1,7 @@
 // Tests of the common helpers: time-code text, rates, parameter text, paths and files.
 #include "core/helpers.h"
+#include "core/paths.h"
+#include "core/time_codes.h"
 
 #include <filesystem>
 #include <thread>

@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include "core/helpers.h"
+#include "core/paths.h"
 #include "engine/engine_fixture.h"
 #include "support/test_support.h"
 
