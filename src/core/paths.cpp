@@ -74,6 +74,12 @@ bool IsMp4File(const std::string &path)
     return tail == ".mp4";
 }
 
+std::string FolderPart(const std::string &path)
+{
+    size_t slash = path.rfind('/');
+    return slash == std::string::npos ? std::string() : path.substr(0, slash + 1);
+}
+
 std::string FileNamePart(const std::string &path)
 {
     size_t slash = path.rfind('/');

@@ -11,6 +11,8 @@ std::string ReplaceExtension(const std::string &path, const std::string &newTail
 std::string SetTrailingSeparator(const std::string &path, bool wanted);
 // The text from the last "." equals ".mp4", ignoring case.
 bool IsMp4File(const std::string &path);
+// The folder part of a path, up to and including its last "/"; empty for a bare name.
+std::string FolderPart(const std::string &path);
 // The file-name part of a path (behind the last "/").
 std::string FileNamePart(const std::string &path);
 // Deletes every plain file matching a pattern with "*" in its file name; errors ignored.

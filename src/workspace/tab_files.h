@@ -21,13 +21,6 @@ inline bool IsFolder(const std::string &path)
     return std::filesystem::is_directory(path, ec);
 }
 
-// The folder part of a path, with its separator; empty for a bare name.
-inline std::string FolderPart(const std::string &path)
-{
-    size_t slash = path.rfind('/');
-    return slash == std::string::npos ? "" : path.substr(0, slash + 1);
-}
-
 // The text as a number; text that is not one reads as 0.
 inline double ParseValue(const std::string &text)
 {

@@ -77,7 +77,7 @@ void CTarnwickTabScene::ChooseOutputFile()
         return;
     }
     m_Data.output_name = core::FileNamePart(*path);
-    const std::string folder = FolderPart(*path);
+    const std::string folder = core::FolderPart(*path);
     if (!folder.empty() && folder != m_Data.output_folder) {
         ChangeOutputFolder(m_Data.output_folder, folder);
         return;

@@ -256,6 +256,13 @@ TEST(IsMp4File, ComparesExtensionIgnoringCase)
     EXPECT_FALSE(core::IsMp4File("/v.mp4/clip"));
 }
 
+TEST(FolderPart, KeepsTheTextUpToTheLastSeparator)
+{
+    EXPECT_EQ(core::FolderPart("/home/u/proj.twproj"), "/home/u/");
+    EXPECT_EQ(core::FolderPart("/home/u/"), "/home/u/");
+    EXPECT_EQ(core::FolderPart("proj.twproj"), "");
+}
+
 TEST(FileNamePart, TakesTextAfterLastSeparator)
 {
     EXPECT_EQ(core::FileNamePart("/home/u/proj.twproj"), "proj.twproj");
