@@ -18,17 +18,7 @@ void HeadlessTab::MakeDefaultScene()
     }
 }
 
-void HeadlessTab::OnInputAnalysed(bool bKeepSelection)
-{
-    if (m_inputAnalysed) {
-        m_inputAnalysed(bKeepSelection);
-    }
-}
-
-void HeadlessTab::SetInputAnalysedRoutine(std::function<void(bool bKeepSelection)> routine)
-{
-    m_inputAnalysed = std::move(routine);
-}
+void HeadlessTab::OnInputAnalysed(bool) {}
 
 bool HeadlessTab::IsPositionDrag() const
 {

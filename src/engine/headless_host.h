@@ -34,8 +34,6 @@ public:
     void SetOnMessage(std::function<void(const JobMessage &)> onMessage);
     // Runs inside MakeDefaultScene on the worker thread, when set. Set before a job starts.
     void SetDefaultSceneRoutine(std::function<void()> routine);
-    // Runs inside OnInputAnalysed on the analysis thread, when set. Set before a job starts.
-    void SetInputAnalysedRoutine(std::function<void(bool bKeepSelection)> routine);
     // What the position bar would say: the user is dragging it.
     void SetPositionDrag(bool bDrag);
     // Where the picture pane would stand on the screen; (0, 0) unless set.
@@ -67,7 +65,6 @@ private:
     std::vector<std::string> m_calls; // BusyAndTimerLog
     std::function<void(const JobMessage &)> m_onMessage;
     std::function<void()> m_defaultScene;
-    std::function<void(bool)> m_inputAnalysed;
     std::atomic<bool> m_positionDrag{false};
     std::atomic<bool> m_previewRepaint{false};
     std::atomic<bool> m_sceneListBusy{false};

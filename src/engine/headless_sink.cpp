@@ -25,11 +25,6 @@ HeadlessSink::~HeadlessSink()
     m_handled.notify_all();
 }
 
-void HeadlessSink::SetHandler(Handler handler)
-{
-    m_handler = std::move(handler);
-}
-
 void HeadlessSink::Send(const JobMessage &msg)
 {
     SendTo(m_handler, msg);

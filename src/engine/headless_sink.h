@@ -31,9 +31,6 @@ public:
     HeadlessSink(const HeadlessSink &) = delete;
     HeadlessSink &operator=(const HeadlessSink &) = delete;
 
-    // Owning thread, before messages flow.
-    void SetHandler(Handler handler);
-
     void Send(const JobMessage &msg) override;
     void Post(const JobMessage &msg) override;
     void PumpMessages() override;
@@ -62,7 +59,7 @@ private:
     void Enqueue(Item item);
 
     const std::thread::id m_owner;
-    Handler m_handler;  // written on the owning thread only, before messages flow
+    Handler m_handler;  // set by the constructor
     std::mutex m_mutex; // guards m_queue, m_woken, m_closed and the flags behind Item::pDone
     std::condition_variable m_arrived; // a message was queued, or Wake
     std::condition_variable m_handled; // a sent message was handled

@@ -158,7 +158,6 @@ private:
     void EnqueueCurrentCheck();
     // Extraction (1053) or extraction and output (1057) on an emptied list.
     void StartExtraction(int nJob);
-    void RebuildListLocked(int nSelect);
     void DeleteFiles(const std::vector<std::string> &files);
     // Runs the input analysis and what follows it for OpenVideo and OpenProject.
     int AnalyzeInput(bool bProjectLoad);

@@ -361,3 +361,53 @@ TEST(SceneTab, TheTitleFollowsTheProjectThroughTheView)
 }
 
 } // namespace
+
+namespace {
+
+TEST(SceneTab, EditingAFrameCellMovesTheSceneWithinItsBounds)
+{
+    SceneRig rig;
+    FillScenes(rig.tab.Data(), {{0, 89}, {150, 239}});
+    rig.tab.SelectRow(1, 1);
+    ASSERT_TRUE(rig.tab.CellEditOpen());
+    rig.tab.OnCellEdited("100");
+    EXPECT_FALSE(rig.tab.CellEditOpen());
+    ASSERT_EQ(rig.view.rows.size(), 2u);
+    EXPECT_EQ(rig.view.rows[1].columns[1], "100");
+    // Below the end of the scene before it, the first frame lands on the lower bound.
+    rig.tab.SelectRow(1, 1);
+    ASSERT_TRUE(rig.tab.CellEditOpen());
+    rig.tab.OnCellEdited("5");
+    EXPECT_EQ(rig.view.rows[1].columns[1], "90");
+    // Without an open editor an edit changes nothing.
+    rig.tab.OnCellEdited("120");
+    EXPECT_EQ(rig.view.rows[1].columns[1], "90");
+}
+
+TEST(SceneTab, PrimariesToggleReachesTheProjectAndTheFields)
+{
+    SceneRig rig;
+    FillScenes(rig.tab.Data(), {{0, 89}});
+    rig.tab.SetPrimaries(true);
+    EXPECT_EQ(rig.tab.Data().primaries, 1);
+    rig.tab.ShowFields();
+    EXPECT_TRUE(rig.view.fields.bPrimaries);
+    rig.tab.SetPrimaries(false);
+    EXPECT_EQ(rig.tab.Data().primaries, 0);
+}
+
+TEST(SceneTab, CaptionTextAndStepsReachTheCurrentScene)
+{
+    SceneRig rig;
+    FillScenes(rig.tab.Data(), {{0, 89}, {90, 179}});
+    rig.tab.Data().list_idx = 0;
+    rig.tab.CaptionTextConfirmed("Fox {at dusk}");
+    EXPECT_EQ(rig.tab.Data().diff_list[0].capParam.caption, "Fox {at dusk}");
+    EXPECT_EQ(rig.view.fields.captionText, "Fox {at dusk}");
+    const double start = rig.tab.Data().diff_list[0].capParam.capTime_first;
+    rig.tab.StepCaptionStart(1);
+    EXPECT_GT(rig.tab.Data().diff_list[0].capParam.capTime_first, start);
+    EXPECT_EQ(rig.tab.Data().diff_list[1].capParam.caption, "") << "only the current scene";
+}
+
+} // namespace
