@@ -55,6 +55,9 @@ bool LoadProject(const char *command,
         err << head << error << "\n";
         return false;
     }
+    // The list stands for the input as the tab shows it after opening: its lengths and bounds
+    // use the input's rate, which the project keeps.
+    data.viCurrent = data.viInput;
     return true;
 }
 

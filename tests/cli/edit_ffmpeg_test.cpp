@@ -36,10 +36,17 @@ TEST(CliEdit, RoundTripWithoutChangeLeavesTheFileByteForByte)
     EXPECT_EQ(testsupport::ReadFile(project), before);
 }
 
+// Like the motion clip, but each stretch of motion lasts three seconds, so that a scene can be
+// split into two parts of at least a second each.
+constexpr const char *kLongerMotion =
+    "color=c=0x404040:s=320x240:r=25:d=12[bg];color=c=0xA0A0A0:s=64x64:r=25:d=12[box];"
+    "[bg][box]overlay=x='60*(clip(t,1,4)-1)-60*(clip(t,6,9)-6)':y=88:eval=frame";
+
 TEST(CliEdit, UntickedSceneLeavesTheFilmShorterByExactlyItsLength)
 {
     TempDir dir;
-    const std::string clip = testsupport::MakeMotionClip(dir);
+    const std::string clip = dir.file("motion.mp4");
+    ASSERT_TRUE(testsupport::MakeClip(clip, kLongerMotion));
     testsupport::RunResult run = RunCli({"run", clip});
     ASSERT_EQ(run.exitCode, 0) << run.err;
     const std::string project = clip + ".twproj";
@@ -112,6 +119,32 @@ TEST(CliEdit, MoveBeyondTheEndAndCaptionWithBracesAndLineBreak)
     EXPECT_EQ(list["scenes"][0]["caption"], "a {b}\nc");
     nlohmann::json file = nlohmann::json::parse(testsupport::ReadFile(project));
     EXPECT_EQ(file["capTitle"]["caption"], "Garden");
+}
+
+} // namespace
+
+namespace {
+
+TEST(CliEdit, SplitOfASceneTooShortForTwoPartsIsRefusedAndSavesNothing)
+{
+    TempDir dir;
+    const std::string clip = testsupport::MakeMotionClip(dir);
+    ASSERT_EQ(RunCli({"extract", clip}).exitCode, 0);
+    const std::string project = clip + ".twproj";
+    nlohmann::json list = Scenes(project);
+    ASSERT_EQ(list["scenes"].size(), 2u) << list.dump();
+    // The scene list uses the input's rate: lengths in seconds, and the minimum of each part.
+    EXPECT_GT(list["scenes"][0]["seconds"].get<double>(), 1.0);
+    const int frames = list["scenes"][1]["frames"];
+    ASSERT_LT(frames, 50) << "two parts of a second each at 25 fps would fit";
+    const std::string before = testsupport::ReadFile(project);
+    const int middle =
+        (list["scenes"][1]["first"].get<int>() + list["scenes"][1]["last"].get<int>()) / 2;
+    testsupport::RunResult edit = RunCli({"edit", project, "--split", "2", std::to_string(middle)});
+    EXPECT_EQ(edit.exitCode, 2);
+    EXPECT_NE(edit.err.find("too few to split: each part needs at least 25"), std::string::npos)
+        << edit.err;
+    EXPECT_EQ(testsupport::ReadFile(project), before);
 }
 
 } // namespace
