@@ -152,3 +152,55 @@ TEST(MergeTab, AfterEachRowsAnalysisTheListIsRebuiltWithTheSelectionKept)
     EXPECT_EQ(rig.tab.Data().list_idx, 1) << "the last analysed row stays selected";
     EXPECT_EQ(rig.view.rows.size(), 2u);
 }
+
+namespace {
+
+// Two rows as a drop leaves them, without tools.
+void FillRows(core::CTarnwickData &data, const std::string &folder)
+{
+    data.output_folder = folder + "/conv_out/";
+    data.output_name = "a_conv_1920x1080_59.94.mp4";
+    for (const char *name : {"a", "b"}) {
+        core::SceneEntry row;
+        row.strWorkFile = folder + "/" + name + ".mp4";
+        row.fileName = data.output_folder + name + "_seg_1920x1080_59.94.mp4";
+        data.diff_list.push_back(row);
+    }
+    data.list_idx = 1;
+}
+
+TEST(MergeTab, ResetListAsksFirstAndThenEmptiesTheListAndDeletesTheSegments)
+{
+    TempDir dir;
+    MergeRig rig;
+    FillRows(rig.tab.Data(), dir.path());
+    std::filesystem::create_directories(rig.tab.Data().output_folder);
+    const std::string segment = rig.tab.Data().diff_list[0].fileName;
+    ASSERT_TRUE(testsupport::WriteFile(segment, "x"));
+    rig.view.answer = false;
+    rig.tab.ResetList();
+    EXPECT_EQ(rig.tab.Data().diff_list.size(), 2u) << "a No changes nothing";
+    EXPECT_TRUE(std::filesystem::exists(segment));
+    rig.view.answer = true;
+    rig.tab.ResetList();
+    EXPECT_TRUE(rig.tab.Data().diff_list.empty());
+    EXPECT_EQ(rig.tab.Data().list_idx, -1);
+    EXPECT_TRUE(rig.view.rows.empty());
+    EXPECT_FALSE(std::filesystem::exists(segment));
+    EXPECT_EQ(rig.view.questions.size(), 2u);
+}
+
+TEST(MergeTab, NewProjectEmptiesTheListAndForgetsTheFolderAndName)
+{
+    TempDir dir;
+    MergeRig rig;
+    FillRows(rig.tab.Data(), dir.path());
+    rig.tab.NewProject();
+    EXPECT_TRUE(rig.tab.Data().diff_list.empty());
+    EXPECT_TRUE(rig.view.rows.empty());
+    EXPECT_EQ(rig.tab.Data().output_folder, "");
+    EXPECT_EQ(rig.tab.Data().output_name, "");
+    EXPECT_EQ(rig.view.picture, "");
+}
+
+} // namespace
