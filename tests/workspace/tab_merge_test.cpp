@@ -204,3 +204,26 @@ TEST(MergeTab, NewProjectEmptiesTheListAndForgetsTheFolderAndName)
 }
 
 } // namespace
+
+namespace {
+
+TEST(MergeTab, ConvertAndMergeDeletesOldSegmentsFirstAndJoinsTheFiles)
+{
+    TempDir dir;
+    MergeRig rig;
+    rig.tab.SetSizeIndex(8); // 352 x 288
+    rig.tab.DropFiles({Clip(dir, "a.mp4"), Clip(dir, "b.mp4")});
+    const std::string stale = rig.tab.Data().output_folder + "old_seg_352x288_59.94.mp4";
+    std::filesystem::create_directories(rig.tab.Data().output_folder);
+    ASSERT_TRUE(testsupport::WriteFile(stale, "x"));
+    rig.tab.ConvertAndMerge();
+    testsupport::WaitForJob(rig.loop, rig.tab);
+    EXPECT_EQ(rig.tab.LastJob().nResult, 0) << rig.tab.LastJob().failure;
+    EXPECT_FALSE(std::filesystem::exists(stale)) << "the target's segments go first";
+    EXPECT_TRUE(std::filesystem::is_regular_file(rig.tab.Data().GetOutputPath()));
+    for (const core::SceneEntry &row : rig.tab.Data().diff_list) {
+        EXPECT_TRUE(std::filesystem::is_regular_file(row.fileName)) << row.fileName;
+    }
+}
+
+} // namespace
