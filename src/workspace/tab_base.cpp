@@ -14,6 +14,7 @@
 #include "core/time_codes.h"
 #include "engine/job_states.h"
 #include "workspace/scene_defaults.h"
+#include "workspace/tab_files.h"
 #include "workspace/tab_scene.h"
 
 namespace workspace {
@@ -161,6 +162,53 @@ void CTarnwickTab::Renumber()
     for (size_t i = 0; i < rows.size(); ++i) {
         m_view.ShowRow(static_cast<int>(i), rows[i]);
     }
+}
+
+int CTarnwickTab::RowCount() const
+{
+    std::lock_guard<std::mutex> lock(m_Data.sceneLock.m);
+    return static_cast<int>(m_Data.diff_list.size());
+}
+
+void CTarnwickTab::BeginDrag(int nRow)
+{
+    if (nRow < 0 || nRow >= RowCount() || m_Process.IsRenderJob()) {
+        return;
+    }
+    m_nDragRow = nRow;
+    SelectRow(nRow, 0);
+}
+
+void CTarnwickTab::DragOver(int nHitRow, int nTopRow, int nRowsPerPage, PointerZone zone)
+{
+    if (m_nDragRow < 0) {
+        return;
+    }
+    const int target = DragTargetRow(nHitRow, nTopRow, nRowsPerPage, RowCount(), zone);
+    const int after = DragToRow(m_Data, m_nDragRow, target);
+    if (after == m_nDragRow) {
+        return;
+    }
+    Renumber(); // both rows and every start behind them
+    m_nDragRow = after;
+    SelectRow(after, 0);
+}
+
+ControlFacts CTarnwickTab::CommonFacts(bool bEnable) const
+{
+    ControlFacts f;
+    f.bEnable = bEnable;
+    f.nProcessID = m_Process.nProcessID;
+    f.bInputFile = !m_Data.input_file.empty();
+    f.bOutputFolder = !m_Data.output_folder.empty();
+    f.bOutputName = !m_Data.output_name.empty();
+    f.bListEmpty = RowCount() == 0;
+    f.bInputExists = Exists(m_Data.input_file);
+    f.bOutputExists = Exists(m_Data.GetOutputPath());
+    f.bFolderExists = IsFolder(m_Data.output_folder);
+    f.bOutputOnShow =
+        !m_Data.GetOutputPath().empty() && m_Process.strPreviewFile.get() == m_Data.GetOutputPath();
+    return f;
 }
 
 void CTarnwickTab::StartProcess(int nJob)

@@ -14,6 +14,8 @@
 #include "engine/engine_host.h"
 #include "engine/job_states.h"
 #include "engine/tarnwick_process.h"
+#include "workspace/scene_list.h"
+#include "workspace/tab_controls.h"
 #include "workspace/tab_view.h"
 
 namespace workspace {
@@ -126,6 +128,15 @@ public:
     // ffprobe's whole output for file (its error lines when it cannot read it); blocks.
     std::string ProbeText(const std::string &file);
 
+    // ---- The list ----
+    virtual void SelectRow(int nRow, int nColumn) = 0;
+    // Row drag: a row taken (not while a render job runs), carried over the list (the rows
+    // swap as the pointer passes), let go.
+    void BeginDrag(int nRow);
+    void DragOver(int nHitRow, int nTopRow, int nRowsPerPage, PointerZone zone);
+    void EndDrag() { m_nDragRow = -1; }
+    int DragRow() const { return m_nDragRow; }
+
     // ---- State for the view ----
     void UpdateControls(bool bEnable);
     // Every control off but stop (opening a file, automatic picture).
@@ -169,6 +180,9 @@ protected:
     virtual void RefreshInputSummary() = 0;
     // Offset of the current scene for the position readout.
     virtual int SceneOffset() const { return 0; }
+    // The facts of the availability rules that both tabs read alike.
+    ControlFacts CommonFacts(bool bEnable) const;
+    int RowCount() const;
 
     // Rebuilds the whole list with nSelect selected.
     void FillList(int nSelect);
@@ -211,6 +225,7 @@ protected:
     std::atomic<bool> m_bDefaultSceneMade{false};
     JobReport m_report;
     ProbeReport m_probe;
+    int m_nDragRow = -1;
     AnalysisReport m_analysis;
 
 private:

@@ -361,24 +361,7 @@ FieldTexts CTarnwickTabMerge::Fields() const
 
 ControlStates CTarnwickTabMerge::ComputeControls(bool bEnable) const
 {
-    ControlFacts f;
-    f.bEnable = bEnable;
-    f.nProcessID = m_Process.nProcessID;
-    f.bInputFile = !m_Data.input_file.empty();
-    f.bOutputFolder = !m_Data.output_folder.empty();
-    f.bOutputName = !m_Data.output_name.empty();
-    {
-        std::lock_guard<std::mutex> lock(m_Data.sceneLock.m);
-        f.bListEmpty = m_Data.diff_list.empty();
-    }
-    std::error_code ec;
-    f.bInputExists = f.bInputFile && std::filesystem::exists(m_Data.input_file, ec);
-    f.bOutputExists =
-        !m_Data.GetOutputPath().empty() && std::filesystem::exists(m_Data.GetOutputPath(), ec);
-    f.bFolderExists = std::filesystem::is_directory(m_Data.output_folder, ec);
-    f.bOutputOnShow =
-        !m_Data.GetOutputPath().empty() && m_Process.strPreviewFile.get() == m_Data.GetOutputPath();
-    return MergeTabControls(f);
+    return MergeTabControls(CommonFacts(bEnable));
 }
 
 std::string CTarnwickTabMerge::InputSummary() const

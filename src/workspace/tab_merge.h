@@ -49,15 +49,11 @@ public:
     void ClearSegments(bool bEmptyList);
 
     // ---- The list ----
-    void SelectRow(int nRow, int nColumn);
+    void SelectRow(int nRow, int nColumn) override;
     void SetRowChecked(int nRow, bool bChecked);
     ContextMenu ContextMenuAt(int nRow, int nColumn) const;
     void DeleteRow();
     void DuplicateRow();
-    void BeginDrag(int nRow);
-    void DragOver(int nHitRow, int nTopRow, int nRowsPerPage, PointerZone zone);
-    void EndDrag();
-    int DragRow() const { return m_nDragRow; }
 
     int SizeIndex() const { return m_nSizeIndex; }
     int RateIndex() const { return m_nRateIndex; }
@@ -83,7 +79,6 @@ private:
 
     int m_nSizeIndex = kDefaultMergeSizeIndex;
     int m_nRateIndex = kDefaultMergeRateIndex;
-    int m_nDragRow = -1;
 };
 
 } // namespace workspace

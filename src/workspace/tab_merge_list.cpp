@@ -138,44 +138,4 @@ void CTarnwickTabMerge::DuplicateRow()
     m_bListEvents = 1;
 }
 
-void CTarnwickTabMerge::BeginDrag(int nRow)
-{
-    {
-        std::lock_guard<std::mutex> lock(m_Data.sceneLock.m);
-        if (nRow < 0 || nRow >= static_cast<int>(m_Data.diff_list.size())) {
-            return;
-        }
-    }
-    if (m_Process.IsRenderJob()) {
-        return;
-    }
-    m_nDragRow = nRow;
-    SelectRow(nRow, 0);
-}
-
-void CTarnwickTabMerge::DragOver(int nHitRow, int nTopRow, int nRowsPerPage, PointerZone zone)
-{
-    if (m_nDragRow < 0) {
-        return;
-    }
-    int count = 0;
-    {
-        std::lock_guard<std::mutex> lock(m_Data.sceneLock.m);
-        count = static_cast<int>(m_Data.diff_list.size());
-    }
-    const int target = DragTargetRow(nHitRow, nTopRow, nRowsPerPage, count, zone);
-    const int after = DragToRow(m_Data, m_nDragRow, target);
-    if (after == m_nDragRow) {
-        return;
-    }
-    Renumber();
-    m_nDragRow = after;
-    SelectRow(after, 0);
-}
-
-void CTarnwickTabMerge::EndDrag()
-{
-    m_nDragRow = -1;
-}
-
 } // namespace workspace

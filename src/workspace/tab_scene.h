@@ -105,7 +105,7 @@ public:
     void SetCutWhileScanning(bool bCut) { m_Process.bCutScenes = bCut; }
 
     // ---- The scene list ----
-    void SelectRow(int nRow, int nColumn);
+    void SelectRow(int nRow, int nColumn) override;
     void SetRowChecked(int nRow, bool bChecked);
     // Whether a cell editor is open, with its bounds and text.
     bool CellEditOpen() const { return m_bCellEdit; }
@@ -115,10 +115,6 @@ public:
     void SplitRow();
     void DeleteRow();
     void DuplicateRow();
-    void BeginDrag(int nRow);
-    void DragOver(int nHitRow, int nTopRow, int nRowsPerPage, PointerZone zone);
-    void EndDrag();
-    int DragRow() const { return m_nDragRow; }
 
     // ---- Captions ----
     void NextCaptionTarget();
@@ -165,7 +161,6 @@ private:
     CaptionEditor m_captions;
     core::ParamRange m_CellValue;
     bool m_bCellEdit = false;
-    int m_nDragRow = -1;
     bool m_bValueGuard = false;
     std::atomic<int> m_nAutoPictureResult{0};
 };

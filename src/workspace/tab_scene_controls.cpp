@@ -415,21 +415,7 @@ FieldTexts CTarnwickTabScene::Fields() const
 
 ControlStates CTarnwickTabScene::ComputeControls(bool bEnable) const
 {
-    ControlFacts f;
-    f.bEnable = bEnable;
-    f.nProcessID = m_Process.nProcessID;
-    f.bInputFile = !m_Data.input_file.empty();
-    f.bOutputFolder = !m_Data.output_folder.empty();
-    f.bOutputName = !m_Data.output_name.empty();
-    {
-        std::lock_guard<std::mutex> lock(m_Data.sceneLock.m);
-        f.bListEmpty = m_Data.diff_list.empty();
-    }
-    f.bInputExists = Exists(m_Data.input_file);
-    f.bOutputExists = Exists(m_Data.GetOutputPath());
-    f.bFolderExists = IsFolder(m_Data.output_folder);
-    f.bOutputOnShow =
-        !m_Data.GetOutputPath().empty() && m_Process.strPreviewFile.get() == m_Data.GetOutputPath();
+    ControlFacts f = CommonFacts(bEnable);
     f.bAnyCaption = AnySceneCaption(m_Data);
     f.nCaptionTarget = m_captions.m_nCaptionTarget;
     {

@@ -250,49 +250,6 @@ void CTarnwickTabScene::DuplicateRow()
     m_bListEvents = 1;
 }
 
-void CTarnwickTabScene::BeginDrag(int nRow)
-{
-    int count = 0;
-    {
-        std::lock_guard<std::mutex> lock(m_Data.sceneLock.m);
-        count = static_cast<int>(m_Data.diff_list.size());
-    }
-    if (nRow < 0 || nRow >= count || m_Process.IsRenderJob()) {
-        return;
-    }
-    m_nDragRow = nRow;
-    SelectRow(nRow, 0);
-}
-
-void CTarnwickTabScene::DragOver(int nHitRow, int nTopRow, int nRowsPerPage, PointerZone zone)
-{
-    if (m_nDragRow < 0) {
-        return;
-    }
-    int count = 0;
-    {
-        std::lock_guard<std::mutex> lock(m_Data.sceneLock.m);
-        count = static_cast<int>(m_Data.diff_list.size());
-    }
-    const int target = DragTargetRow(nHitRow, nTopRow, nRowsPerPage, count, zone);
-    const int before = m_nDragRow;
-    const int after = DragToRow(m_Data, m_nDragRow, target);
-    if (after == before) {
-        return;
-    }
-    std::vector<ListRow> rows = ListRows();
-    m_view.ShowRow(before, rows[before]);
-    m_view.ShowRow(after, rows[after]);
-    Renumber();
-    m_nDragRow = after;
-    SelectRow(after, 0);
-}
-
-void CTarnwickTabScene::EndDrag()
-{
-    m_nDragRow = -1; // nothing is saved here
-}
-
 // ---- Captions ----
 
 void CTarnwickTabScene::CaptionChanged()
