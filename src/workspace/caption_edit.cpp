@@ -173,7 +173,7 @@ bool CaptionEditor::SetText(core::CTarnwickData &data, const std::string &text)
     return true;
 }
 
-bool CaptionEditor::ApplyStart(core::CTarnwickData &data, double value, bool bSpin)
+bool CaptionEditor::ApplyTime(core::CTarnwickData &data, double value, bool bSpin, bool bStart)
 {
     core::CapParam *target = TargetRecord(data);
     if (target == nullptr) {
@@ -184,44 +184,20 @@ bool CaptionEditor::ApplyStart(core::CTarnwickData &data, double value, bool bSp
         d = Hundredths(d);
         value = Hundredths(value);
     }
-    value = ClampTime(value, 0.0, d - kCaptionTimeStep);
+    value = bStart ? ClampTime(value, 0.0, d - kCaptionTimeStep)
+                   : ClampTime(value, kCaptionTimeStep, d);
     if (bSpin) {
         value = Hundredths(value);
     }
-    if (value == target->capTime_first) {
+    double &time = bStart ? target->capTime_first : target->capTime_second;
+    double &other = bStart ? target->capTime_second : target->capTime_first;
+    if (value == time) {
         return false;
     }
-    target->capTime_first = value;
+    time = value;
     const double room = std::max(0.0, d - value);
-    if (target->capTime_second > room) {
-        target->capTime_second = room;
-    }
-    LoadFieldsLocked(data);
-    return true;
-}
-
-bool CaptionEditor::ApplyEnd(core::CTarnwickData &data, double value, bool bSpin)
-{
-    core::CapParam *target = TargetRecord(data);
-    if (target == nullptr) {
-        return false;
-    }
-    double d = TargetSeconds(data);
-    if (bSpin) {
-        d = Hundredths(d);
-        value = Hundredths(value);
-    }
-    value = ClampTime(value, kCaptionTimeStep, d);
-    if (bSpin) {
-        value = Hundredths(value);
-    }
-    if (value == target->capTime_second) {
-        return false;
-    }
-    target->capTime_second = value;
-    const double room = std::max(0.0, d - value);
-    if (target->capTime_first > room) {
-        target->capTime_first = room;
+    if (other > room) {
+        other = room;
     }
     LoadFieldsLocked(data);
     return true;
@@ -235,7 +211,7 @@ bool CaptionEditor::SetStartTime(core::CTarnwickData &data, const std::string &t
     if (target == nullptr || trimmed == core::StrPrintf("%.02f", target->capTime_first)) {
         return false;
     }
-    return ApplyStart(data, ParseSeconds(trimmed), false);
+    return ApplyTime(data, ParseSeconds(trimmed), false, true);
 }
 
 bool CaptionEditor::SetEndTime(core::CTarnwickData &data, const std::string &text)
@@ -246,7 +222,7 @@ bool CaptionEditor::SetEndTime(core::CTarnwickData &data, const std::string &tex
     if (target == nullptr || trimmed == core::StrPrintf("%.02f", target->capTime_second)) {
         return false;
     }
-    return ApplyEnd(data, ParseSeconds(trimmed), false);
+    return ApplyTime(data, ParseSeconds(trimmed), false, false);
 }
 
 bool CaptionEditor::StepStart(core::CTarnwickData &data, int direction)
@@ -257,7 +233,7 @@ bool CaptionEditor::StepStart(core::CTarnwickData &data, int direction)
         return false;
     }
     const double step = direction > 0 ? kCaptionTimeStep : -kCaptionTimeStep;
-    return ApplyStart(data, target->capTime_first + step, true);
+    return ApplyTime(data, target->capTime_first + step, true, true);
 }
 
 bool CaptionEditor::StepEnd(core::CTarnwickData &data, int direction)
@@ -268,7 +244,7 @@ bool CaptionEditor::StepEnd(core::CTarnwickData &data, int direction)
         return false;
     }
     const double step = direction > 0 ? kCaptionTimeStep : -kCaptionTimeStep;
-    return ApplyEnd(data, target->capTime_second + step, true);
+    return ApplyTime(data, target->capTime_second + step, true, false);
 }
 
 bool CaptionEditor::StoreWholeCaption(core::CTarnwickData &data)

@@ -115,8 +115,9 @@ private:
     // data.sceneLock.
     double TargetSeconds(const core::CTarnwickData &data) const;
     void LoadFieldsLocked(const core::CTarnwickData &data);
-    bool ApplyStart(core::CTarnwickData &data, double value, bool bSpin);
-    bool ApplyEnd(core::CTarnwickData &data, double value, bool bSpin);
+    // Sets the start (bStart) or the length of the target's caption to value, clamped within
+    // the target (in hundredths for a spin); the other time shrinks to the room left.
+    bool ApplyTime(core::CTarnwickData &data, double value, bool bSpin, bool bStart);
     bool StoreWholeCaption(core::CTarnwickData &data);
 };
 
