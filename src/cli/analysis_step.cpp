@@ -69,6 +69,13 @@ int ScanSession::MeasurePicture(const std::string &command,
     return -1;
 }
 
+void ScanSession::PlanNames(const std::string &video)
+{
+    std::error_code ec;
+    core::DeriveProjectNames(data, std::filesystem::absolute(video, ec).string());
+    data.input_file.clear(); // the open itself sets it
+}
+
 bool ScanSession::Lock(const std::string &head, const std::string &owner, std::ostream &err)
 {
     m_guard = std::make_unique<JobGuard>(head);
@@ -83,11 +90,7 @@ int OpenForJob(ScanKind kind, const ScanArgs &parsed, ScanSession &session, CliO
     core::CTarnwickData &data = session.data;
     data.bAutoSave = 1; // the tab saves the project as it goes, as the window's does
     ApplyNames(tab, parsed.options);
-    // The names the open will give (the folder and project file to lock, the film): the tab
-    // keeps those already set when it opens the video.
-    std::error_code ec;
-    core::DeriveProjectNames(data, std::filesystem::absolute(parsed.video, ec).string());
-    data.input_file.clear();
+    session.PlanNames(parsed.video);
     if (kind == ScanKind::Run) {
         std::string problem = UnusablePath(data.GetOutputPath());
         if (!problem.empty()) {

@@ -1,7 +1,6 @@
 // tarnwickmp4-cli analyze: the analysis of a newly opened video (job 1101): whether the file is
 // used as it is or which working MP4 was made, the frame times, the default cross-fade and the
 // working input's stream facts.
-#include <filesystem>
 #include <ostream>
 #include <string>
 
@@ -10,7 +9,6 @@
 #include "cli/commands.h"
 #include "cli/scan_session.h"
 #include "core/helpers.h"
-#include "core/project_names.h"
 
 namespace cli {
 namespace {
@@ -112,10 +110,7 @@ int RunAnalyze(const std::vector<std::string> &args, CliOutput &io)
     }
     ScanSession session;
     ApplyNames(session.Tab(), parsed.options);
-    // The names the open will give, for the lock; the tab keeps them when it opens the video.
-    std::error_code ec;
-    core::DeriveProjectNames(session.data, std::filesystem::absolute(parsed.video, ec).string());
-    session.data.input_file.clear();
+    session.PlanNames(parsed.video);
     if (parsed.options.preset) {
         session.data.nEncodePreset = *parsed.options.preset;
     }

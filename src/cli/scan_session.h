@@ -97,6 +97,9 @@ public:
                       ProgressLine *progress);
     // The automatic picture of the tab; the exit status, or -1 when the values were measured.
     int MeasurePicture(const std::string &command, const std::string &video, std::ostream &err);
+    // The names opening video will give (project file, output folder, film), set now so that
+    // they can be locked and checked first: the tab keeps names already set when it opens.
+    void PlanNames(const std::string &video);
     // Makes the project's output folder and locks it and the project file for the session's
     // whole length (JobGuard); false, with the reason on err, when that fails.
     bool Lock(const std::string &head, const std::string &owner, std::ostream &err);
