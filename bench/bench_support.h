@@ -38,6 +38,7 @@ public:
     {
         m_engine.pData = &data;
         m_engine.pHostDlg = &m_host;
+        m_engine.InstallRenderJobs();
         m_engine.bMergeMode = nMergeMode;
         m_host.SetActiveTab(nMergeMode);
         engine::HeadlessTab &tab = m_host.Tab(nMergeMode);

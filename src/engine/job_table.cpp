@@ -24,7 +24,9 @@ int ModeIndex(int nMergeMode)
 
 } // namespace
 
-// The rows that the engine itself provides: every job of both tabs.
+// The rows that the engine itself provides: playback, the scan, the analysis, the cutting and
+// the two jobs made of others. The final output and the merge tab's conversions come from the
+// render library (InstallRenderJobs).
 void CTarnwickProcess::InstallJobTable()
 {
     // Playback is the same on both tabs; any number without a job of its own plays too.
@@ -38,11 +40,6 @@ void CTarnwickProcess::InstallJobTable()
         return ProcessDiffFrame(SourcePath(), ThresholdArgument());
     });
     SetJobFunction(kJobSceneExtract, 1, [this](int) { return ProcessAnalysis(); });
-    SetJobFunction(kJobFinalOutput, 0, [this](int) {
-        return ProcessTrim(SourcePath(), pData->GetOutputPath());
-    });
-    SetJobFunction(kJobFinalOutput, 1, [this](int) { return ProcessConv(pData->GetOutputPath()); });
-    SetJobFunction(kJobSegmentOutput, 1, [this](int) { return ConvertAllInputs(); });
     SetJobFunction(kJobExtractAndOutput, 0, [this](int nJob) { return ProcessDiffTrim(nJob); });
     SetJobFunction(kJobExtractAndOutput, 1, [this](int nJob) { return ProcessConvMerge(nJob); });
     // Segment output: a source that cannot be opened ends the job with 0; only the cutting's
@@ -51,6 +48,12 @@ void CTarnwickProcess::InstallJobTable()
         std::string path = SourcePath();
         return ReloadVideoInfo(path, false) == kJobOk ? CutAllScenes(path) : kJobOk;
     });
+}
+
+std::string CTarnwickProcess::PictureChain(
+    CTarnwickProcess &engine, bool bVf, bool bPad, bool bPreview, bool bRotated, int nScene)
+{
+    return m_pictureChain ? m_pictureChain(engine, bVf, bPad, bPreview, bRotated, nScene) : "null";
 }
 
 void CTarnwickProcess::SetJobFunction(int nJob, int nMergeMode, JobFunction fn)

@@ -117,6 +117,19 @@ public:
     void EndPreviewThread();
     CTarnwickProcess(const CTarnwickProcess &) = delete;
     CTarnwickProcess &operator=(const CTarnwickProcess &) = delete;
+    // Adds what the render library provides: the rows of the final output of both tabs (1006)
+    // and of the merge tab's conversions (1052), and the picture chain (BuildVideoFilter) that
+    // stills and playback apply. Defined in the render library; an engine without them runs
+    // every other job, fails 1006 with "not available" and shows frames as they are. Call
+    // before the first job.
+    void InstallRenderJobs();
+    // The -vf chain of stills and playback; bVf .. nScene as for BuildVideoFilter.
+    using PictureChainFunction = std::function<std::string(
+        CTarnwickProcess &engine, bool bVf, bool bPad, bool bPreview, bool bRotated, int nScene)>;
+    // The picture chain of InstallRenderJobs for engine, or "null" (frames as they are) when
+    // none was installed.
+    std::string PictureChain(
+        CTarnwickProcess &engine, bool bVf, bool bPad, bool bPreview, bool bRotated, int nScene);
 
     // ---- Dispatcher ----
 
@@ -484,7 +497,7 @@ private:
     void DeletePartialSegments();
     // The thread body: runs the job, reports WM_APP_PROCESS_FINISHED, clears bThreadRunning.
     void RunJob(int nJob);
-    // The built-in rows of the job table.
+    // The rows of the job table that the engine provides (see job_table.cpp).
     void InstallJobTable();
     // Runs the row of nJob for the current bMergeMode; with bPlaybackBranch, a number that
     // names no job of its own (not 1006, 1029, 1052, 1053, 1057, 1101) and has no row goes to
@@ -532,6 +545,7 @@ private:
 
     std::map<std::pair<int, int>, JobFunction> m_jobTable; // (bMergeMode, job) to function
     JobFunction m_playback[2];                             // per bMergeMode
+    PictureChainFunction m_pictureChain;                   // from the render library
 
     // The preview thread's body: makes stills while requests wait, then clears bPreviewRunning.
     void RunPreviewThread();

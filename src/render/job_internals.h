@@ -1,18 +1,15 @@
-// What the render jobs of both tabs share inside the engine: a row read under the scene lock,
-// the precheck's hand-over to the merge, and the settling of a pool's results.
+// What the render jobs of both tabs share inside the engine: the precheck's hand-over to the
+// merge and the settling of a pool's results.
 #pragma once
 
 #include <optional>
 #include <vector>
 
 #include "core/tarnwick_data.h"
+#include "engine/scene_copy.h"
 #include "render/merge_graph.h"
 
 namespace engine {
-
-// A copy of row nScene of diff_list, taken under the scene lock; none when the index is out
-// of range.
-std::optional<core::SceneEntry> SceneCopy(core::CTarnwickData &data, int nScene);
 
 // What the precheck of a render hands to the merge.
 struct TrimPrecheck

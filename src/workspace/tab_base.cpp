@@ -50,6 +50,7 @@ CTarnwickTab::CTarnwickTab(TabView &view,
 {
     m_Process.pData = &m_Data;
     m_Process.pHostDlg = &host;
+    m_Process.InstallRenderJobs();
     m_Process.bMergeMode = nMergeMode;
 }
 

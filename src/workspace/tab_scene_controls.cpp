@@ -9,7 +9,7 @@
 #include "core/language.h"
 #include "core/paths.h"
 #include "core/project_names.h"
-#include "render/preview_commands.h"
+#include "engine/preview_commands.h"
 #include "workspace/tab_controls.h"
 #include "workspace/tab_files.h"
 
@@ -210,7 +210,7 @@ std::string CTarnwickTabScene::PlayStart(const std::string &seconds) const
 {
     const int frame = static_cast<int>(std::lround(ParseValue(seconds) * m_Data.viCurrent.fps));
     const bool bRestart =
-        seconds.empty() || render::IsPlaybackRestart(seconds, frame, m_Data.viCurrent.frame_num);
+        seconds.empty() || engine::IsPlaybackRestart(seconds, frame, m_Data.viCurrent.frame_num);
     return bRestart ? core::StrPrintf("%.6f", 0.0) : seconds;
 }
 

@@ -13,13 +13,15 @@
 
 namespace enginetest {
 
-// An engine, its project and a host whose loop belongs to the test's thread.
+// An engine with every job (the render library's rows too), its project and a host whose
+// loop belongs to the test's thread.
 struct EngineRig
 {
     EngineRig()
     {
         engine.pData = &data;
         engine.pHostDlg = &host;
+        engine.InstallRenderJobs();
     }
     ~EngineRig()
     {

@@ -240,6 +240,20 @@ TEST(JobDispatcher, JobWithoutAFunctionFailsWithCannotStart)
                   "CTarnwickProcess::RunJobRow(N) no function for nJob(1006), bMergeMode(1)"}));
 }
 
+TEST(JobDispatcher, EngineWithoutTheRenderRowsFailsTheFinalOutputAsNotAvailable)
+{
+    enginetest::LogCapture log;
+    core::CTarnwickData data;
+    engine::HeadlessHost host; // before the engine: it outlives the engine
+    engine::CTarnwickProcess bare;
+    bare.pData = &data;
+    bare.pHostDlg = &host;
+    ASSERT_EQ(bare.StartThread(engine::kJobFinalOutput), 1);
+    host.Loop().RunUntil([&bare] { return !bare.bThreadRunning; });
+    EXPECT_EQ(bare.nProcessExitCode, engine::kJobCannotStart);
+    EXPECT_EQ(States(host.Tab(0)), (std::vector<std::string>{"3:Job(1006) is not available"}));
+}
+
 TEST(JobDispatcher, NumberWithoutARowTakesThePlaybackBranch)
 {
     EngineRig rig;

@@ -176,3 +176,18 @@ TEST(VideoFilterMembersTest, ChainWithoutVfWritesNoCaptionFile)
 }
 
 } // namespace
+
+namespace {
+
+TEST(VideoFilterMembersTest, StillsAndPlaybackApplyThePictureChainOnceTheRenderJobsAreInstalled)
+{
+    CaptionRig rig;
+    EXPECT_EQ(rig.engine.PictureChain(rig.engine, true, true, true, false, -1), "null");
+    rig.engine.InstallRenderJobs();
+    EXPECT_EQ(rig.engine.PictureChain(rig.engine, true, true, true, false, -1),
+              rig.engine.BuildVideoFilter(true, true, true, false, -1));
+    EXPECT_NE(rig.engine.PictureChain(rig.engine, true, true, true, false, -1).find("lut="),
+              std::string::npos);
+}
+
+} // namespace

@@ -1,10 +1,10 @@
 // The pure pieces of stills and playback: paths, command texts and the position rules.
-#include "render/preview_commands.h"
+#include "engine/preview_commands.h"
 
 #include "core/helpers.h"
 #include "core/paths.h"
 
-namespace render {
+namespace engine {
 
 std::string PreviewImagePath(const std::string &outputFolder,
                              const std::string &inputFile,
@@ -66,4 +66,4 @@ int FirstSceneToPlay(int list_idx, int n, bool play_loop, int nPreviewFrame, int
     return list_idx;
 }
 
-} // namespace render
+} // namespace engine

@@ -13,9 +13,9 @@
 #include "core/language.h"
 #include "core/paths.h"
 #include "core/project_names.h"
+#include "engine/cut_command.h"
 #include "engine/encoder_presets.h"
-#include "render/cut_command.h"
-#include "render/job_internals.h"
+#include "engine/scene_copy.h"
 
 namespace engine {
 namespace {
@@ -38,16 +38,16 @@ std::string CutCommandOf(const core::CTarnwickData &data,
                          const core::SceneEntry &scene,
                          const std::string &target)
 {
-    render::CutCommandArgs args;
+    CutCommandArgs args;
     args.prefix = ToolPrefix(data.bUseCuda != 0);
-    args.times = render::CutSceneTimes(
-        scene.framNo_first, scene.framNo_second, data.viCurrent.fps, data.pts_list);
+    args.times =
+        CutSceneTimes(scene.framNo_first, scene.framNo_second, data.viCurrent.fps, data.pts_list);
     args.sourcePath = path;
     args.encoderText = EncoderText(data.bUseCuda, data.nEncodePreset);
     args.fps = data.viCurrent.fps;
     args.r_frame_rate = data.viInput.r_frame_rate;
     args.fileName = target;
-    return render::BuildCutCommand(args);
+    return BuildCutCommand(args);
 }
 
 // An existing folder is fine; a folder that cannot be made shows as the tool's failure to

@@ -7,15 +7,14 @@
 
 #include "core/app_log.h"
 #include "core/paths.h"
-#include "render/preview_commands.h"
+#include "engine/preview_commands.h"
 
 namespace engine {
 namespace {
 
-// The still's chain, built as BuildVideoFilter builds it, by an engine of its own over the
-// request's copy of the project: the caption file it writes and everything it reads belong to
-// the preview thread alone.
-std::string StillChain(const PreviewRequest &request)
+// The still's chain, built by an engine of its own over the request's copy of the project:
+// the caption file it writes and everything it reads belong to the preview thread alone.
+std::string StillChain(CTarnwickProcess &owner, const PreviewRequest &request)
 {
     core::CTarnwickData project = *request.project;
     const int rotation = project.viCurrent.rotation;
@@ -24,8 +23,8 @@ std::string StillChain(const PreviewRequest &request)
     scratch.nProcessID = request.nJob;
     scratch.nPreviewFrame = request.nPreviewFrame;
     scratch.bMergeMode = request.bMergeMode;
-    return scratch.BuildVideoFilter(
-        request.bVf, true, true, rotation == 90 || rotation == -90, request.nScene);
+    return owner.PictureChain(
+        scratch, request.bVf, true, true, rotation == 90 || rotation == -90, request.nScene);
 }
 
 } // namespace
@@ -83,7 +82,7 @@ void CTarnwickProcess::RunPreviewThread()
 
 std::string CTarnwickProcess::PreviewImagePath() const
 {
-    return render::PreviewImagePath(
+    return engine::PreviewImagePath(
         pData->output_folder, pData->input_file, pData->output_name, bMergeMode != 0);
 }
 
@@ -91,7 +90,7 @@ void CTarnwickProcess::MakePreviewImage(const PreviewRequest &request)
 {
     const char *function = "CTarnwickProcess::SetPreviewImage";
     const core::CTarnwickData &project = *request.project;
-    const std::string still = render::PreviewImagePath(
+    const std::string still = engine::PreviewImagePath(
         project.output_folder, project.input_file, project.output_name, bMergeMode != 0);
     std::error_code ignored;
     std::filesystem::remove(still, ignored);
@@ -105,12 +104,11 @@ void CTarnwickProcess::MakePreviewImage(const PreviewRequest &request)
                   project.output_folder.c_str());
     } else {
         core::CreateFolders(core::SetTrailingSeparator(project.output_folder, false));
-        const std::string command =
-            render::BuildStillCommand(project.bUseCuda != 0,
-                                      render::PreviewTimeText(request.strTime),
-                                      request.strFile,
-                                      StillChain(request),
-                                      still);
+        const std::string command = BuildStillCommand(project.bUseCuda != 0,
+                                                      PreviewTimeText(request.strTime),
+                                                      request.strFile,
+                                                      StillChain(*this, request),
+                                                      still);
         if (CommandCarriesPaths(function, __LINE__, command, {request.strFile, still})) {
             int result = ExecuteCmd(command);
             if (result != kJobOk) {

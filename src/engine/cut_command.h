@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-namespace render {
+namespace engine {
 
 // Start and length of a cut in seconds, as command-line texts ("%.6f").
 struct CutTimes
@@ -37,4 +37,4 @@ struct CutCommandArgs
 // with time stamps from zero, AAC audio at 192k and the index at the front of the file.
 std::string BuildCutCommand(const CutCommandArgs &args);
 
-} // namespace render
+} // namespace engine

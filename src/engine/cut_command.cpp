@@ -1,11 +1,11 @@
 // The command that cuts one scene of the input into its segment: cut times and command text.
-#include "render/cut_command.h"
+#include "engine/cut_command.h"
 
 #include <cmath>
 
 #include "core/helpers.h"
 
-namespace render {
+namespace engine {
 namespace {
 
 // Seconds on a command line always carry six decimals.
@@ -56,4 +56,4 @@ std::string BuildCutCommand(const CutCommandArgs &args)
                            args.fileName.c_str());
 }
 
-} // namespace render
+} // namespace engine

@@ -16,9 +16,9 @@
 #include <gtest/gtest.h>
 
 #include "core/project_names.h"
+#include "engine/cut_fixture.h"
 #include "engine/engine_fixture.h"
 #include "engine/job_pool.h"
-#include "render/cut_fixture.h"
 
 namespace {
 

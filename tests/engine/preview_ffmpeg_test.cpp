@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-#include "cut_fixture.h"
+#include "engine/cut_fixture.h"
 #include "engine/engine_fixture.h"
 #include "support/test_support.h"
 

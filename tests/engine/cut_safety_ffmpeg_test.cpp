@@ -12,7 +12,7 @@
 #include <gtest/gtest.h>
 
 #include "core/project_names.h"
-#include "render/cut_fixture.h"
+#include "engine/cut_fixture.h"
 #include "support/test_support.h"
 
 namespace {

@@ -10,7 +10,7 @@
 #include "core/app_log.h"
 #include "core/helpers.h"
 #include "core/language.h"
-#include "render/preview_commands.h"
+#include "engine/preview_commands.h"
 
 namespace engine {
 namespace {
@@ -45,8 +45,7 @@ int CTarnwickProcess::PlayScenes(int /*nJob*/)
         i = pData->list_idx;
     }
     // The last scene played to its end: with play_loop the next one starts.
-    i = render::FirstSceneToPlay(
-        i, n, pData->play_loop != 0, nPreviewFrame, pData->viCurrent.frame_num);
+    i = FirstSceneToPlay(i, n, pData->play_loop != 0, nPreviewFrame, pData->viCurrent.frame_num);
     int result = kJobOk;
     std::string file;
     while (i < n) {
@@ -79,7 +78,7 @@ int CTarnwickProcess::PlayVideo(const std::string &strFile, int nJob)
               strFile.c_str(),
               nJob);
     const bool bRestart =
-        render::IsPlaybackRestart(strPreviewTime.get(), nPreviewFrame, pData->viCurrent.frame_num);
+        IsPlaybackRestart(strPreviewTime.get(), nPreviewFrame, pData->viCurrent.frame_num);
     if (bRestart) {
         int result = ReloadVideoInfo(strFile, false);
         if (result != kJobOk) {
@@ -108,7 +107,7 @@ int CTarnwickProcess::PlayVideoScene(const std::string &strFile)
     std::error_code ec;
     const bool bRestart =
         !std::filesystem::exists(strFile, ec) ||
-        render::IsPlaybackRestart(strPreviewTime.get(), nPreviewFrame, pData->viCurrent.frame_num);
+        IsPlaybackRestart(strPreviewTime.get(), nPreviewFrame, pData->viCurrent.frame_num);
     // The merge tab has viCurrent set already; a scene that cannot be opened is not an error.
     if (bMergeMode == 0 && bRestart && ReloadVideoInfo(strFile, true) != kJobOk) {
         return kJobOk;
@@ -145,15 +144,15 @@ int CTarnwickProcess::RunPlayerLoop(
     const ScreenPoint pane = tab != nullptr ? tab->PreviewPaneOrigin() : ScreenPoint{};
     const std::string t = pData->FrameToText(nFrames, pData->viCurrent.fps, "%.6f");
     for (;;) {
-        render::PlayerArgs args;
+        PlayerArgs args;
         args.left = pane.left;
         args.top = pane.top;
         args.ss = ss;
         args.file = file;
         args.t = t;
         args.play_vol = pData->play_vol;
-        args.chain = BuildVideoFilter(bVf, true, false, false, -1);
-        const std::string command = render::BuildPlayerCommand(args);
+        args.chain = PictureChain(*this, bVf, true, false, false, -1);
+        const std::string command = BuildPlayerCommand(args);
         if (!CommandCarriesPaths(function, __LINE__, command, {file})) {
             return kJobCannotStart;
         }
@@ -161,7 +160,7 @@ int CTarnwickProcess::RunPlayerLoop(
         if (pData->play_loop == 0 || result != kJobOk) {
             return result;
         }
-        ss = render::NextLoopStart(strPreviewTime.get(), nPreviewFrame, pData->viCurrent.frame_num);
+        ss = NextLoopStart(strPreviewTime.get(), nPreviewFrame, pData->viCurrent.frame_num);
     }
 }
 

@@ -1,6 +1,6 @@
 // Tests of the cut command builder: the times of a cut from frame numbers or the frame-time
 // list, and the whole command text.
-#include "render/cut_command.h"
+#include "engine/cut_command.h"
 
 #include <string>
 #include <vector>
@@ -12,10 +12,10 @@
 
 namespace {
 
-using render::BuildCutCommand;
-using render::CutCommandArgs;
-using render::CutSceneTimes;
-using render::CutTimes;
+using engine::BuildCutCommand;
+using engine::CutCommandArgs;
+using engine::CutSceneTimes;
+using engine::CutTimes;
 
 // Frame times of a stream that starts late and has one frame shown longer than the others, so
 // that times from the list never agree with times from frame numbers.

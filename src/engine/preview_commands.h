@@ -4,7 +4,7 @@
 
 #include <string>
 
-namespace render {
+namespace engine {
 
 // The file both the still and the capture of a stopped player are written to: outputFolder +
 // on the merge tab outputName, on the scene tab the file name of inputFile, each with its
@@ -56,4 +56,4 @@ std::string NextLoopStart(const std::string &strPreviewTime, int nPreviewFrame, 
 // row follows among the n rows.
 int FirstSceneToPlay(int list_idx, int n, bool play_loop, int nPreviewFrame, int frame_num);
 
-} // namespace render
+} // namespace engine
