@@ -13,14 +13,27 @@
 #include "core/paths.h"
 #include "core/time_codes.h"
 #include "engine/job_states.h"
+#include "engine/tarnwick_process.h"
 #include "workspace/scene_defaults.h"
 #include "workspace/tab_files.h"
+#include "workspace/tab_link.h"
 #include "workspace/tab_scene.h"
 
 namespace workspace {
 
 using engine::AppMessage;
 using engine::JobMessage;
+
+TabLink::TabLink(CTarnwickTab &tab, engine::MessageLoop &loop)
+    : endpoint(loop, [&tab](const JobMessage &msg) { tab.OnJobMessage(msg); })
+    , m_tab(tab)
+{
+}
+
+engine::ScreenPoint TabLink::PreviewPaneOrigin() const
+{
+    return engine::ScreenPoint{m_tab.PreviewPaneLeft(), m_tab.PreviewPaneTop()};
+}
 
 engine::EngineTab *TabHost::CurrentTab()
 {
@@ -30,10 +43,10 @@ engine::EngineTab *TabHost::CurrentTab()
     return front != nullptr ? front : (scene != nullptr ? scene : merge);
 }
 
-void TabHost::SetTabs(engine::EngineTab *pScene, engine::EngineTab *pMerge)
+void TabHost::SetTabs(CTarnwickTab *pScene, CTarnwickTab *pMerge)
 {
-    m_scene = pScene;
-    m_merge = pMerge;
+    m_scene = pScene != nullptr ? &pScene->Link() : nullptr;
+    m_merge = pMerge != nullptr ? &pMerge->Link() : nullptr;
 }
 
 std::string ElapsedText(double seconds)
@@ -46,7 +59,9 @@ CTarnwickTab::CTarnwickTab(TabView &view,
                            engine::EngineHost &host,
                            int nMergeMode)
     : m_view(view)
-    , m_endpoint(loop, [this](const JobMessage &msg) { OnJobMessage(msg); })
+    , m_pProcess(std::make_unique<engine::CTarnwickProcess>())
+    , m_Process(*m_pProcess)
+    , m_link(std::make_unique<TabLink>(*this, loop))
 {
     m_Process.pData = &m_Data;
     m_Process.pHostDlg = &host;
@@ -67,15 +82,30 @@ void CTarnwickTab::MakeDefaultScene()
     workspace::MakeDefaultScene(m_Data);
 }
 
-engine::ScreenPoint CTarnwickTab::PreviewPaneOrigin() const
+bool CTarnwickTab::IsJobRunning() const
 {
-    return engine::ScreenPoint{m_paneLeft, m_paneTop};
+    return m_Process.bThreadRunning;
 }
 
-void CTarnwickTab::SetPreviewPaneOrigin(engine::ScreenPoint origin)
+int CTarnwickTab::RunningJob() const
 {
-    m_paneLeft = origin.left;
-    m_paneTop = origin.top;
+    return m_Process.nProcessID;
+}
+
+bool CTarnwickTab::StillPending() const
+{
+    return m_Process.bPreviewRunning;
+}
+
+engine::LoopEndpoint &CTarnwickTab::Endpoint()
+{
+    return m_link->endpoint;
+}
+
+void CTarnwickTab::SetPreviewPaneOrigin(int left, int top)
+{
+    m_paneLeft = left;
+    m_paneTop = top;
 }
 
 void CTarnwickTab::SetPane(int nPane, const std::string &text)
@@ -305,7 +335,7 @@ void CTarnwickTab::JoinHelpers()
 {
     // A helper may be sending a message that only this thread serves.
     while (m_helpersRunning > 0) {
-        m_endpoint.PumpMessages();
+        Endpoint().PumpMessages();
         std::this_thread::sleep_for(std::chrono::milliseconds(2));
     }
     std::vector<std::thread> helpers;

@@ -5,20 +5,29 @@
 #include <atomic>
 #include <chrono>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "core/tarnwick_data.h"
-#include "engine/engine_host.h"
-#include "engine/job_states.h"
-#include "engine/tarnwick_process.h"
 #include "workspace/scene_list.h"
 #include "workspace/tab_controls.h"
 #include "workspace/tab_view.h"
 
+// The engine stays behind the tabs: a view names none of its types.
+namespace engine {
+class CTarnwickProcess;
+class EngineHost;
+class LoopEndpoint;
+class MessageLoop;
+struct JobMessage;
+} // namespace engine
+
 namespace workspace {
+
+class TabLink;
 
 // A job of the tabs' own: a probe that a stop can reach.
 inline constexpr int kJobProbe = 9001;
@@ -61,24 +70,7 @@ struct ProbeReport
     core::VideoInfo info;
 };
 
-// The host dialog's rule as the engine sees it: reports go to the tab in front.
-class TabHost : public engine::EngineHost
-{
-public:
-    engine::EngineTab *CurrentTab() override;
-    // Any thread.
-    void SetTabs(engine::EngineTab *pScene, engine::EngineTab *pMerge);
-    // 0 the scene tab, any other value the merge tab.
-    void SetActiveTab(int nTab) { m_activeTab = nTab; }
-    int ActiveTab() const { return m_activeTab; }
-
-private:
-    std::atomic<engine::EngineTab *> m_scene{nullptr};
-    std::atomic<engine::EngineTab *> m_merge{nullptr};
-    std::atomic<int> m_activeTab{0};
-};
-
-class CTarnwickTab : public engine::EngineTab
+class CTarnwickTab
 {
 public:
     // view, loop and host must outlive the tab. nMergeMode: 0 scene tab, 1 merge tab.
@@ -87,16 +79,17 @@ public:
                  engine::EngineHost &host,
                  int nMergeMode);
     // Stops a running job, waits for the helper threads and ends the engine's queue thread.
-    ~CTarnwickTab() override;
+    virtual ~CTarnwickTab();
     CTarnwickTab(const CTarnwickTab &) = delete;
     CTarnwickTab &operator=(const CTarnwickTab &) = delete;
 
-    // ---- engine::EngineTab ----
-    engine::JobMessageSink &Sink() override { return m_endpoint; }
-    void MakeDefaultScene() override;
-    bool IsPositionDrag() const override { return m_bPositionDrag; }
-    void CaptureFfplayWindow() override {}
-    engine::ScreenPoint PreviewPaneOrigin() const override;
+    // ---- What the engine asks of the tab (through its TabLink) ----
+    TabLink &Link() { return *m_link; }
+    // The scan found nothing: the list gets the one default scene.
+    void MakeDefaultScene();
+    // The analysis of the input (or of a merge row) has ended: the list follows it.
+    virtual void OnInputAnalysed(bool bKeepSelection) = 0;
+    bool IsPositionDrag() const { return m_bPositionDrag; }
 
     // The handler of every job message, on the thread that owns the loop.
     void OnJobMessage(const engine::JobMessage &msg);
@@ -109,8 +102,8 @@ public:
     // Any thread (a signal watcher): asks the running job or analysis to stop; StopProcess on
     // the owning thread finishes the stop.
     void RequestStop();
-    bool IsJobRunning() const { return m_Process.bThreadRunning; }
-    int RunningJob() const { return m_Process.nProcessID; }
+    bool IsJobRunning() const;
+    int RunningJob() const;
     const JobReport &LastJob() const { return m_report; }
     // Reads file with ffprobe as a job of the tab, so that a stop reaches the tool: kind 0 the
     // stream facts, 1 to 5 ffprobe's JSON text of that kind. The result is in LastProbe when
@@ -124,7 +117,7 @@ public:
     // view's ShowPicture. False, with nothing changed, when file cannot be opened.
     bool ShowStill(const std::string &file, const std::string &seconds, bool bProject, int nScene);
     // A still asked for is still being made.
-    bool StillPending() const { return m_Process.bPreviewRunning; }
+    bool StillPending() const;
     // ffprobe's whole output for file (its error lines when it cannot read it); blocks.
     std::string ProbeText(const std::string &file);
 
@@ -158,7 +151,9 @@ public:
     // The position bar's thumb is held (playback posts no positions meanwhile).
     void SetPositionDrag(bool bDrag) { m_bPositionDrag = bDrag; }
     // Where the picture pane stands on the screen, for the player window. Any thread.
-    void SetPreviewPaneOrigin(engine::ScreenPoint origin);
+    void SetPreviewPaneOrigin(int left, int top);
+    int PreviewPaneLeft() const { return m_paneLeft; }
+    int PreviewPaneTop() const { return m_paneTop; }
 
     // Helper threads (automatic picture, stills) at work; waiting for them serves messages.
     bool HelpersRunning() const { return m_helpersRunning > 0; }
@@ -206,10 +201,18 @@ protected:
     // Tells the user about file: the text of string id nId with the file and the reason.
     void ReportProblem(int nId, const std::string &file, const std::string &reason = {});
 
+    // The loop endpoint of the tab's messages (posting to itself, pumping while it waits).
+    engine::LoopEndpoint &Endpoint();
+
     TabView &m_view;
     core::CTarnwickData m_Data;
-    engine::CTarnwickProcess m_Process;
-    engine::LoopEndpoint m_endpoint;
+
+private:
+    std::unique_ptr<engine::CTarnwickProcess> m_pProcess;
+
+protected:
+    engine::CTarnwickProcess &m_Process; // *m_pProcess, the engine of this tab
+    std::unique_ptr<TabLink> m_link;
 
     ControlStates m_controls;
     std::string m_panes[4];

@@ -2,15 +2,17 @@
 #include "workspace/tab_bench.h"
 
 #include "engine/headless_sink.h"
+#include "workspace/tab_link.h"
 
 namespace workspace {
 
 TabBench::TabBench(TabView &sceneView, TabView &mergeView)
     : m_loop(std::make_unique<engine::HeadlessSink>())
+    , m_host(std::make_unique<TabHost>())
 {
-    m_scene = std::make_unique<CTarnwickTabScene>(sceneView, *m_loop, m_host);
-    m_merge = std::make_unique<CTarnwickTabMerge>(mergeView, *m_loop, m_host);
-    m_host.SetTabs(m_scene.get(), m_merge.get());
+    m_scene = std::make_unique<CTarnwickTabScene>(sceneView, *m_loop, *m_host);
+    m_merge = std::make_unique<CTarnwickTabMerge>(mergeView, *m_loop, *m_host);
+    m_host->SetTabs(m_scene.get(), m_merge.get());
 }
 
 TabBench::~TabBench()
@@ -18,10 +20,15 @@ TabBench::~TabBench()
     m_scene->StopProcess();
     m_merge->StopProcess();
     // Reports go to the tab that is left while the other ends.
-    m_host.SetTabs(m_scene.get(), nullptr);
+    m_host->SetTabs(m_scene.get(), nullptr);
     m_merge.reset();
     m_scene.reset();
-    m_host.SetTabs(nullptr, nullptr);
+    m_host->SetTabs(nullptr, nullptr);
+}
+
+void TabBench::SetActiveTab(int nTab)
+{
+    m_host->SetActiveTab(nTab);
 }
 
 void TabBench::RunUntil(const std::function<bool()> &done)

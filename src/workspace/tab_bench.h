@@ -14,6 +14,10 @@ class HeadlessSink;
 }
 
 namespace workspace {
+class TabHost;
+}
+
+namespace workspace {
 
 class TabBench
 {
@@ -29,7 +33,7 @@ public:
     CTarnwickTabScene &Scene() { return *m_scene; }
     CTarnwickTabMerge &Merge() { return *m_merge; }
     // 0: reports go to the scene tab; 1: to the merge tab.
-    void SetActiveTab(int nTab) { m_host.SetActiveTab(nTab); }
+    void SetActiveTab(int nTab);
 
     // Serves the tabs' messages until done() is true (tested after every round, after Wake
     // and at least every 10 ms). Owning thread.
@@ -44,7 +48,7 @@ public:
 
 private:
     std::unique_ptr<engine::HeadlessSink> m_loop;
-    TabHost m_host;
+    std::unique_ptr<TabHost> m_host;
     std::unique_ptr<CTarnwickTabScene> m_scene;
     std::unique_ptr<CTarnwickTabMerge> m_merge;
 };

@@ -1,5 +1,6 @@
 // Which controls of a tab are available in which state.
 #include "workspace/tab_controls.h"
+#include "workspace/tab_link.h"
 
 #include <initializer_list>
 

@@ -13,6 +13,7 @@
 #include "core/paths.h"
 #include "workspace/caption_edit.h"
 #include "workspace/tab_controls.h"
+#include "workspace/tab_link.h"
 #include "workspace/tab_scene.h"
 
 namespace workspace {
@@ -321,7 +322,7 @@ void CTarnwickTabMerge::OnInputAnalysed(bool bKeepSelection)
         m_Data.diff_list.clear();
         m_Data.list_idx = -1;
     }
-    m_endpoint.Post({engine::AppMessage::WM_APP_SCENES_CHANGED, -1, 0, std::nullopt});
+    Endpoint().Post({engine::AppMessage::WM_APP_SCENES_CHANGED, -1, 0, std::nullopt});
 }
 
 void CTarnwickTabMerge::OnScenesChanged(const engine::JobMessage &msg)

@@ -5,6 +5,7 @@
 
 #include "core/language.h"
 #include "workspace/tab_controls.h"
+#include "workspace/tab_link.h"
 
 namespace workspace {
 namespace {

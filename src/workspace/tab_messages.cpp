@@ -1,6 +1,7 @@
 // What the two workspaces do with the job messages: status bar, progress, the position
 // readout, the finished job's report.
 #include "workspace/tab_base.h"
+#include "workspace/tab_link.h"
 
 #include <algorithm>
 #include <cmath>

@@ -17,6 +17,7 @@
 #include "workspace/scene_defaults.h"
 #include "workspace/tab_controls.h"
 #include "workspace/tab_files.h"
+#include "workspace/tab_link.h"
 
 namespace workspace {
 

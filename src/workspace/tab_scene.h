@@ -82,7 +82,7 @@ public:
     // position arrives through the view's position readout.
     void PlayInput(const std::string &seconds);
     // Where the last playback stopped, as seconds text that PlayInput takes unchanged.
-    std::string PlayPosition() const { return m_Process.strPreviewTime.get(); }
+    std::string PlayPosition() const;
     // The time a PlayInput from seconds starts at, as the player gets it.
     std::string PlayStart(const std::string &seconds) const;
     void SetTransition(bool bOn);
@@ -102,7 +102,7 @@ public:
     int LastAutoPictureResult() const { return m_nAutoPictureResult; }
     // Scene extraction cuts each scene while it scans (the default); off, it only lists them
     // and writes nothing.
-    void SetCutWhileScanning(bool bCut) { m_Process.bCutScenes = bCut; }
+    void SetCutWhileScanning(bool bCut);
 
     // ---- The scene list ----
     void SelectRow(int nRow, int nColumn) override;
@@ -130,7 +130,6 @@ public:
     void AutoCaptions();
     const CaptionEditor &Captions() const { return m_captions; }
 
-    // ---- engine::EngineTab ----
     void OnInputAnalysed(bool bKeepSelection) override;
 
     FieldTexts Fields() const override;

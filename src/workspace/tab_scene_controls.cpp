@@ -12,6 +12,7 @@
 #include "engine/preview_commands.h"
 #include "workspace/tab_controls.h"
 #include "workspace/tab_files.h"
+#include "workspace/tab_link.h"
 
 namespace workspace {
 
@@ -193,6 +194,16 @@ void CTarnwickTabScene::ShowInput()
                   m_Data.input_mp4_file.empty() ? m_Data.input_file : m_Data.input_mp4_file);
 }
 
+std::string CTarnwickTabScene::PlayPosition() const
+{
+    return m_Process.strPreviewTime.get();
+}
+
+void CTarnwickTabScene::SetCutWhileScanning(bool bCut)
+{
+    m_Process.bCutScenes = bCut;
+}
+
 void CTarnwickTabScene::PlayInput(const std::string &seconds)
 {
     StopProcess();
@@ -366,13 +377,13 @@ void CTarnwickTabScene::AutoPicture()
         if (running == engine::kJobPlayScenes) {
             m_Process.CancelProcess();
         }
-        m_endpoint.Send({engine::AppMessage::WM_APP_ANALYSIS_BUSY, 0, 0, std::nullopt});
+        Endpoint().Send({engine::AppMessage::WM_APP_ANALYSIS_BUSY, 0, 0, std::nullopt});
         const int r = m_Process.AnalyzeVideoEQParams(path, 10);
         m_nAutoPictureResult = r;
         if (r == 0) {
             SaveProject(false);
         }
-        m_endpoint.Send({engine::AppMessage::WM_APP_ANALYSIS_BUSY, 1, 0, std::nullopt});
+        Endpoint().Send({engine::AppMessage::WM_APP_ANALYSIS_BUSY, 1, 0, std::nullopt});
         if (r != 0) {
             return;
         }

@@ -5,6 +5,7 @@
 #include "core/helpers.h"
 #include "engine/tarnwick_process.h"
 #include "workspace/scene_defaults.h"
+#include "workspace/tab_link.h"
 #include "workspace/tab_scene.h"
 
 namespace workspace {
@@ -64,7 +65,7 @@ void CTarnwickTabScene::OnInputAnalysed(bool bKeepSelection)
         std::lock_guard<std::mutex> lock(m_Data.sceneLock.m);
         m_Data.list_idx = 0;
     }
-    m_endpoint.Post({engine::AppMessage::WM_APP_SCENES_CHANGED, -1, 0, std::nullopt});
+    Endpoint().Post({engine::AppMessage::WM_APP_SCENES_CHANGED, -1, 0, std::nullopt});
 }
 
 void CTarnwickTabScene::OnScenesChanged(const engine::JobMessage &)

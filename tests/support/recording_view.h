@@ -9,6 +9,7 @@
 
 #include "engine/headless_sink.h"
 #include "workspace/tab_base.h"
+#include "workspace/tab_link.h"
 
 namespace testsupport {
 
