@@ -55,11 +55,12 @@ public:
     SceneSink(CTarnwickProcess &engine, const std::string &path, double fps, bool bCut)
         : m_engine(engine)
         , m_path(path)
+        , m_settings(engine.Settings())
         , m_stem(core::SegmentStem(*engine.pData)) // from input_file, also for a working MP4
         , m_fps(fps)
         , m_bCut(bCut)
         , m_results(SceneGrouper::kMaxScenes, 0)
-        , m_pool(engine.pData->bUseCuda != 0)
+        , m_pool(m_settings.useCuda != 0)
     {
     }
 
@@ -82,7 +83,9 @@ public:
             m_engine.pData->list_idx = index;
         }
         if (m_bCut) {
-            m_pool.Run([this, k, index] { m_results[k] = m_engine.CutSceneQuiet(m_path, index); });
+            m_pool.Run([this, k, index] {
+                m_results[k] = m_engine.CutSceneQuiet(m_path, index, m_settings);
+            });
         }
         m_engine.PostToTab(AppMessage::WM_APP_SCENES_CHANGED, index, 0);
     }
@@ -98,8 +101,9 @@ public:
 
 private:
     CTarnwickProcess &m_engine;
-    const std::string m_path; // source of the cuts
-    const std::string m_stem; // front of every segment name, made once per scan
+    const std::string m_path;     // source of the cuts
+    const JobSettings m_settings; // the job's copy: the encoder and folder of the cuts
+    const std::string m_stem;     // front of every segment name, made once per scan
     const double m_fps;
     const bool m_bCut;
     int m_emitted = 0;

@@ -32,18 +32,20 @@ bool IsFresh(int probedFrames, const core::SceneEntry &scene)
     return probedFrames >= 1 && probedFrames == FrameCountOf(scene);
 }
 
-// The cut of scene from path, written to target (the segment's partial name).
+// The cut of scene from path, written to target (the segment's partial name), with the
+// encoder of settings.
 std::string CutCommandOf(const core::CTarnwickData &data,
+                         const JobSettings &settings,
                          const std::string &path,
                          const core::SceneEntry &scene,
                          const std::string &target)
 {
     CutCommandArgs args;
-    args.prefix = ToolPrefix(data.bUseCuda != 0);
+    args.prefix = ToolPrefix(settings.useCuda != 0);
     args.times =
         CutSceneTimes(scene.framNo_first, scene.framNo_second, data.viCurrent.fps, data.pts_list);
     args.sourcePath = path;
-    args.encoderText = EncoderText(data.bUseCuda, data.nEncodePreset);
+    args.encoderText = EncoderText(settings.useCuda, settings.encodePreset);
     args.fps = data.viCurrent.fps;
     args.r_frame_rate = data.viInput.r_frame_rate;
     args.fileName = target;
@@ -52,9 +54,9 @@ std::string CutCommandOf(const core::CTarnwickData &data,
 
 // An existing folder is fine; a folder that cannot be made shows as the tool's failure to
 // write, which is reported there.
-void CreateOutputFolder(const core::CTarnwickData &data)
+void CreateOutputFolder(const JobSettings &settings)
 {
-    core::CreateFolders(core::SetTrailingSeparator(data.output_folder, false));
+    core::CreateFolders(core::SetTrailingSeparator(settings.outputFolder, false));
 }
 
 // A failed or stopped cut leaves no half segment behind, and no old one that it meant to
@@ -122,7 +124,10 @@ void LogMissingScene(const char *function, int position, int nScene)
 
 // The scene tab's check of one scene on the queue thread: a stale segment is cut again while
 // the tab's list is disabled, under job number 1052.
-void CheckSceneInBackground(CTarnwickProcess &engine, int nScene, bool bShow)
+void CheckSceneInBackground(CTarnwickProcess &engine,
+                            int nScene,
+                            bool bShow,
+                            const JobSettings &settings)
 {
     std::optional<core::SceneEntry> scene = SceneCopy(*engine.pData, nScene);
     if (!scene) {
@@ -137,7 +142,7 @@ void CheckSceneInBackground(CTarnwickProcess &engine, int nScene, bool bShow)
         int nSavedJob = engine.nProcessID.exchange(kJobSegmentOutput);
         engine.PostToTab(AppMessage::WM_APP_LIST_BUSY, 1, 0);
         engine.SendToTab(AppMessage::WM_APP_STAGE_BEGIN, 0, nFrames, SceneStageText(nScene));
-        if (engine.CutScene(engine.SourcePath(), nScene, nFrames, 0, false) == kJobOk) {
+        if (engine.CutScene(engine.SourcePath(), nScene, nFrames, 0, false, settings) == kJobOk) {
             engine.SendJobState(engine::kStateDone);
         }
         if (bShow) {
@@ -180,6 +185,7 @@ void ServeCheckQueue(CTarnwickProcess &engine)
 {
     for (;;) {
         std::pair<int, bool> item;
+        JobSettings settings;
         {
             std::unique_lock<std::mutex> lock(engine.queueMutex);
             engine.queueCondition.wait(
@@ -190,13 +196,14 @@ void ServeCheckQueue(CTarnwickProcess &engine)
             }
             item = engine.checkQueue.front();
             engine.checkQueue.pop_front();
+            settings = engine.checkSettings;
         }
         // Tried, never waited for: a check that finds another one running is dropped, and the
         // next selection asks again.
         if (engine.checkMutex.try_lock()) {
             if (engine.bMergeMode == 0) {
                 if (engine.nProcessID != kJobSegmentOutput) {
-                    CheckSceneInBackground(engine, item.first, item.second);
+                    CheckSceneInBackground(engine, item.first, item.second, settings);
                 }
             } else {
                 AnalyzeRowInBackground(engine, item.first);
@@ -226,8 +233,12 @@ std::optional<core::SceneEntry> SceneCopy(core::CTarnwickData &data, int nScene)
     return data.diff_list[static_cast<size_t>(nScene)];
 }
 
-int CTarnwickProcess::CutScene(
-    const std::string &path, int nScene, int nTotal, int nBase, bool bReport)
+int CTarnwickProcess::CutScene(const std::string &path,
+                               int nScene,
+                               int nTotal,
+                               int nBase,
+                               bool bReport,
+                               const JobSettings &settings)
 {
     if (bReport) {
         SendToTab(AppMessage::WM_APP_CURRENT_SCENE, nScene, 0);
@@ -238,11 +249,11 @@ int CTarnwickProcess::CutScene(
         return kJobCannotStart;
     }
     const std::string partial = core::PartialSegmentPath(scene->fileName);
-    std::string command = CutCommandOf(*pData, path, *scene, partial);
+    std::string command = CutCommandOf(*pData, settings, path, *scene, partial);
     if (!CommandCarriesPaths("CTarnwickProcess::CutScene", __LINE__, command, {path, partial})) {
         return kJobCannotStart;
     }
-    CreateOutputFolder(*pData);
+    CreateOutputFolder(settings);
     int result = SettleCut(scene->fileName, ExecuteCmdWithProgress(false, command, nTotal, nBase));
     if (result != kJobOk) {
         return result;
@@ -262,7 +273,9 @@ int CTarnwickProcess::CutScene(
     return kJobOk;
 }
 
-int CTarnwickProcess::CutSceneQuiet(const std::string &path, int nScene)
+int CTarnwickProcess::CutSceneQuiet(const std::string &path,
+                                    int nScene,
+                                    const JobSettings &settings)
 {
     std::optional<core::SceneEntry> scene = SceneCopy(*pData, nScene);
     if (!scene) {
@@ -270,12 +283,12 @@ int CTarnwickProcess::CutSceneQuiet(const std::string &path, int nScene)
         return kJobCannotStart;
     }
     const std::string partial = core::PartialSegmentPath(scene->fileName);
-    std::string command = CutCommandOf(*pData, path, *scene, partial);
+    std::string command = CutCommandOf(*pData, settings, path, *scene, partial);
     if (!CommandCarriesPaths(
             "CTarnwickProcess::CutSceneQuiet", __LINE__, command, {path, partial})) {
         return kJobCannotStart;
     }
-    CreateOutputFolder(*pData);
+    CreateOutputFolder(settings);
     int result = SettleCut(scene->fileName, ExecuteCmd(command));
     if (result != kJobOk) {
         return result;
@@ -354,6 +367,7 @@ int CTarnwickProcess::CutAllScenes(const std::string &path)
         }
     }
     SendStageBegin(engine::kStageSegmentOutput, nTotal);
+    const JobSettings settings = Settings();
     int nBase = 0;
     for (int i = 0; i < nScenes; ++i) {
         std::optional<core::SceneEntry> scene = SceneCopy(*pData, i);
@@ -366,7 +380,7 @@ int CTarnwickProcess::CutAllScenes(const std::string &path)
         SendToTab(AppMessage::WM_APP_STAGE_TEXT, 0, 0, SceneStageText(i));
         // Every ticked scene is cut again, with the encoder settings of now; reusing good
         // segments is the final render's business.
-        int result = CutScene(path, i, nTotal, nBase, true);
+        int result = CutScene(path, i, nTotal, nBase, true, settings);
         if (result != kJobOk) {
             return result; // the runner has reported it; finished segments stay
         }
@@ -393,7 +407,7 @@ int CTarnwickProcess::CutCurrentScene()
     if (!IsFresh(probed, *scene)) {
         int nFrames = FrameCountOf(*scene);
         SendToTab(AppMessage::WM_APP_STAGE_BEGIN, 0, nFrames, SceneStageText(nScene));
-        if (CutScene(SourcePath(), nScene, nFrames, 0, false) == kJobOk) {
+        if (CutScene(SourcePath(), nScene, nFrames, 0, false, Settings()) == kJobOk) {
             SendJobState(engine::kStateDone);
         }
     }
@@ -405,8 +419,10 @@ void CTarnwickProcess::EnqueueSceneCheck(int nScene, bool bShow)
     if (nScene < 0 || bCancel != 0) {
         return;
     }
+    JobSettings settings = SettingsOf(*pData);
     {
         std::lock_guard<std::mutex> lock(queueMutex);
+        checkSettings = std::move(settings);
         const std::pair<int, bool> item{nScene, bShow};
         if (std::find(checkQueue.begin(), checkQueue.end(), item) == checkQueue.end()) {
             checkQueue.push_back(item);

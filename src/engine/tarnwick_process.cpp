@@ -277,6 +277,9 @@ JobSettings SettingsOf(const core::CTarnwickData &data)
     settings.cutMinUnit = data.cut_min_unit.dValue;
     settings.transition = data.transition;
     settings.picture = data.Picture();
+    settings.encodePreset = data.nEncodePreset;
+    settings.useCuda = data.bUseCuda;
+    settings.outputFolder = data.output_folder;
     return settings;
 }
 

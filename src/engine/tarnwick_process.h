@@ -91,6 +91,9 @@ struct JobSettings
     double cutMinUnit = 0.0;   // seconds of stillness that end a scene
     int transition = 0;
     core::PictureValues picture;
+    int encodePreset = 0;     // nEncodePreset: the encoder settings of cuts
+    int useCuda = 0;          // bUseCuda
+    std::string outputFolder; // where segments are written
 };
 JobSettings SettingsOf(const core::CTarnwickData &data);
 
@@ -304,12 +307,18 @@ public:
     // ---- Scene cutting ----
 
     // Cuts scene nScene of source path into its segment with progress (total nTotal, base
-    // nBase); with bReport the list follows the work. Worker thread of the job. 0, -2 or the
-    // tool's code; a failed cut deletes its file and leaves the record as it was.
-    int CutScene(const std::string &path, int nScene, int nTotal, int nBase, bool bReport);
+    // nBase) with the encoder and folder of settings; with bReport the list follows the work.
+    // Worker thread of the job or the queue thread. 0, -2 or the tool's code; a failed cut
+    // deletes its file and leaves the record as it was.
+    int CutScene(const std::string &path,
+                 int nScene,
+                 int nTotal,
+                 int nBase,
+                 bool bReport,
+                 const JobSettings &settings);
     // Cuts scene nScene without progress, then stores the segment's facts in its viIn and
     // corrects the record. Pool threads. The probe's result, or the cut's failure.
-    int CutSceneQuiet(const std::string &path, int nScene);
+    int CutSceneQuiet(const std::string &path, int nScene, const JobSettings &settings);
     // Makes the record of nScene tell the nFrames that its segment holds, renames the file to
     // match and posts WM_APP_SCENES_CHANGED. Any thread; takes pData->sceneLock.
     void UpdateSceneFile(int nScene, int nFrames);
@@ -318,7 +327,9 @@ public:
     // Recuts the scene at list_idx when its segment is stale. -1 without a current scene.
     int CutCurrentScene();
     // Asks the queue thread to check scene nScene (ignored when negative or while a stop
-    // runs); an equal pair already waiting is not added again. Any thread.
+    // runs); an equal pair already waiting is not added again. The project's settings are
+    // copied here, and a recut works with the copy of the latest request. The thread that
+    // owns the project.
     void EnqueueSceneCheck(int nScene, bool bShow);
     // Starts the queue thread once for the tab's life; nMergeMode goes to bMergeMode.
     // The destructor ends it.
@@ -466,7 +477,8 @@ public:
     std::thread previewThread; // the preview thread, or the last one, which has ended
     // Background scene check: pairs (scene index, show flag) waiting for the queue thread.
     std::deque<std::pair<int, bool>> checkQueue;
-    std::mutex queueMutex;                  // guards checkQueue
+    JobSettings checkSettings;              // copied at the latest request
+    std::mutex queueMutex;                  // guards checkQueue and checkSettings
     std::condition_variable queueCondition; // a pair arrived, or quit
     std::mutex checkMutex;                  // held while a check runs; only ever tried
     std::condition_variable queueEmpty;     // the queue ran empty

@@ -85,8 +85,9 @@ int CTarnwickProcess::PrecheckSegments(const std::string &input, int nScenes, Tr
     std::vector<int> results(static_cast<size_t>(nScenes), kJobOk); // one slot per queued cut
     std::atomic<int> nDone{0};
     int nQueued = 0;
+    const JobSettings settings = Settings();
     {
-        JobPool pool(pData->bUseCuda != 0);
+        JobPool pool(settings.useCuda != 0);
         for (int i = 0; i < nScenes; ++i) {
             core::SceneEntry scene;
             {
@@ -119,9 +120,9 @@ int CTarnwickProcess::PrecheckSegments(const std::string &input, int nScenes, Tr
                 PostToTab(AppMessage::WM_APP_PROGRESS, nScenes, ++nDone);
             } else {
                 const int slot = nQueued++;
-                pool.Run([this, &results, &nDone, input, i, slot, nScenes] {
+                pool.Run([this, &results, &nDone, &settings, input, i, slot, nScenes] {
                     PostToTab(AppMessage::WM_APP_PROGRESS, nScenes, nDone + 1);
-                    results[static_cast<size_t>(slot)] = CutSceneQuiet(input, i);
+                    results[static_cast<size_t>(slot)] = CutSceneQuiet(input, i, settings);
                     ++nDone;
                 });
             }

@@ -381,8 +381,9 @@ bool CTarnwickTab::MoveOutputFolder(const std::string &oldGiven,
         for (core::SceneEntry &entry : m_Data.diff_list) {
             ReplaceFolderText(entry.fileName, oldFolder, newFolder);
         }
+        // A background cut names its renamed segment from the folder, under the same lock.
+        m_Data.output_folder = newFolder;
     }
-    m_Data.output_folder = newFolder;
     return true;
 }
 

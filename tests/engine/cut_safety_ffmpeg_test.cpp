@@ -41,7 +41,7 @@ TEST(CutSafety, SegmentIsWrittenUnderItsPartialNameAndRenamedOnSuccess)
     CutProject p;
     int n = p.AddScene(10, 29);
     const std::string fileName = p.Scene(n).fileName;
-    ASSERT_EQ(p.rig.engine.CutSceneQuiet(p.clip, n), 0);
+    ASSERT_EQ(p.rig.engine.CutSceneQuiet(p.clip, n, p.rig.engine.Settings()), 0);
     const std::string partial = core::PartialSegmentPath(fileName);
     EXPECT_EQ(partial, p.rig.data.output_folder + "my clip_seg_10_29.partial.mp4");
     bool cutToPartial = false;
@@ -77,7 +77,7 @@ TEST(CutSafety, CutThatHoldsNoPictureKeepsTheRecordAndLeavesNoFile)
     ASSERT_EQ(p.rig.engine.OpenVideoFile(source), 0);
     int n = p.AddScene(0, 250);
     const std::string fileName = p.Scene(n).fileName;
-    EXPECT_EQ(p.rig.engine.CutSceneQuiet(source, n), -1);
+    EXPECT_EQ(p.rig.engine.CutSceneQuiet(source, n, p.rig.engine.Settings()), -1);
     EXPECT_FALSE(fs::exists(fileName));
     EXPECT_FALSE(fs::exists(core::PartialSegmentPath(fileName)));
     core::SceneEntry scene = p.Scene(n);
@@ -114,7 +114,8 @@ TEST(CutSafety, StopWhileAFinishedSegmentIsProbedKeepsTheRecordAndDeletesTheSegm
     const std::string fileName = p.Scene(n).fileName;
     PutSilentProbeFirstOnPath(p.dir);
     int result = 0;
-    std::thread cut([&] { result = p.rig.engine.CutSceneQuiet(p.clip, n); });
+    const engine::JobSettings settings = p.rig.engine.Settings();
+    std::thread cut([&] { result = p.rig.engine.CutSceneQuiet(p.clip, n, settings); });
     // The segment has its final name once the cut succeeded; its probe hangs.
     while (!fs::exists(fileName) || testsupport::CountProcessesWith("sleep 600.9161") == 0) {
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
@@ -133,7 +134,7 @@ TEST(CutSafety, OutputFolderWithAQuoteIsRefusedBeforeAnyToolRuns)
     CutProject p;
     p.rig.data.output_folder = p.dir.file("out\" -report \"x") + "/";
     int n = p.AddScene(10, 29);
-    EXPECT_EQ(p.rig.engine.CutSceneQuiet(p.clip, n), -1);
+    EXPECT_EQ(p.rig.engine.CutSceneQuiet(p.clip, n, p.rig.engine.Settings()), -1);
     p.rig.host.Loop().PumpMessages();
     const std::string partial = core::PartialSegmentPath(p.Scene(n).fileName);
     EXPECT_EQ(States(p.rig.Scene()),

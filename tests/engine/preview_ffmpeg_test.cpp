@@ -165,7 +165,7 @@ TEST(SetPreviewImage, QuietCutShowsTheFinishedSegmentWithItsSceneChain)
     CutProject p;
     int nScene = p.AddScene(25, 49);
     LogCapture log;
-    ASSERT_EQ(p.rig.engine.CutSceneQuiet(p.clip, nScene), 0);
+    ASSERT_EQ(p.rig.engine.CutSceneQuiet(p.clip, nScene, p.rig.engine.Settings()), 0);
     WaitForStills(p.rig);
 
     const std::string segment = p.Scene(nScene).fileName;

@@ -394,7 +394,7 @@ TEST(PtsList, SceneOfAVariableRateClipIsCutAtItsTrueTimes)
     }
     // Frames 60 to 69 stand from 10.4 to 10.8 seconds; by their numbers they would be 2.4 to
     // 2.8, where frames 12 and 13 stand.
-    ASSERT_EQ(rig.engine.CutSceneQuiet(clip, 0), 0);
+    ASSERT_EQ(rig.engine.CutSceneQuiet(clip, 0, rig.engine.Settings()), 0);
     core::SceneEntry scene = rig.data.diff_list.at(0);
     EXPECT_EQ(scene.framNo_second, 69); // the segment holds the scene's ten frames
     std::vector<double> lumas = FrameLumas(scene.fileName);
@@ -406,7 +406,7 @@ TEST(PtsList, SceneOfAVariableRateClipIsCutAtItsTrueTimes)
     // The same scene by frame-number times shows other pictures.
     rig.data.pts_list.clear();
     fs::remove(scene.fileName);
-    ASSERT_EQ(rig.engine.CutSceneQuiet(clip, 0), 0);
+    ASSERT_EQ(rig.engine.CutSceneQuiet(clip, 0, rig.engine.Settings()), 0);
     std::vector<double> wrong = FrameLumas(rig.data.diff_list.at(0).fileName);
     ASSERT_FALSE(wrong.empty());
     EXPECT_NEAR(wrong.front(), 24.0, 1.0);

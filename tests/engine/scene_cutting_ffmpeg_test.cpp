@@ -63,7 +63,7 @@ TEST(SceneCutting, OneFrameSceneIsCutFromTheTimeListAndNamedWithItsFrameTwice)
     }
     int n = p.AddScene(7, 7);
     EXPECT_TRUE(EndsWith(p.Scene(n).fileName, "/seg out/my clip_seg_7_7.mp4"));
-    EXPECT_EQ(p.rig.engine.CutSceneQuiet(p.clip, n), 0);
+    EXPECT_EQ(p.rig.engine.CutSceneQuiet(p.clip, n, p.rig.engine.Settings()), 0);
     SceneEntry scene = p.Scene(n);
     EXPECT_EQ(scene.framNo_second, 7);
     EXPECT_TRUE(EndsWith(scene.fileName, "/seg out/my clip_seg_7_7.mp4"));
@@ -109,7 +109,7 @@ TEST(SceneCutting, RealCutPastTheEndOfTheInputIsCorrectedToWhatTheEncoderDeliver
     CutProject p;
     int n = p.AddScene(90, 109); // the clip ends at frame 99
     std::string planned = p.Scene(n).fileName;
-    EXPECT_EQ(p.rig.engine.CutScene(p.clip, n, 20, 0, true), 0);
+    EXPECT_EQ(p.rig.engine.CutScene(p.clip, n, 20, 0, true, p.rig.engine.Settings()), 0);
     p.rig.host.Loop().PumpMessages();
 
     SceneEntry scene = p.Scene(n);
@@ -136,7 +136,7 @@ TEST(SceneCutting, FailedCutDeletesItsFileAndLeavesTheRecord)
     std::string fileName = p.Scene(n).fileName;
     fs::create_directories(p.rig.data.output_folder);
     ASSERT_TRUE(testsupport::WriteFile(fileName, "left over"));
-    int result = p.rig.engine.CutSceneQuiet(p.dir.file("missing.mp4"), n);
+    int result = p.rig.engine.CutSceneQuiet(p.dir.file("missing.mp4"), n, p.rig.engine.Settings());
     EXPECT_NE(result, 0);
     EXPECT_NE(result, -2);
     EXPECT_FALSE(fs::exists(fileName));
@@ -152,9 +152,12 @@ TEST(SceneCutting, QuietCutsRunSideBySideWhileTheListGrows)
     {
         engine::JobPool pool(engine::JobPool::Limit{2});
         std::vector<int> results(5, 99);
+        const engine::JobSettings settings = p.rig.engine.Settings();
         for (int i = 0; i < 5; ++i) {
             int n = p.AddScene(i * 20, i * 20 + 19);
-            pool.Run([&p, &results, n] { results[n] = p.rig.engine.CutSceneQuiet(p.clip, n); });
+            pool.Run([&p, &results, &settings, n] {
+                results[n] = p.rig.engine.CutSceneQuiet(p.clip, n, settings);
+            });
         }
         pool.WaitAll();
         EXPECT_EQ(results, std::vector<int>(5, 0));
@@ -204,7 +207,7 @@ TEST(SegmentOutputJob, CutsEveryTickedSceneAgainAndReportsEach)
     int fresh = p.AddScene(0, 29);
     int disabled = p.AddScene(30, 59, false);
     int stale = p.AddScene(60, 99);
-    ASSERT_EQ(p.rig.engine.CutSceneQuiet(p.clip, fresh), 0);
+    ASSERT_EQ(p.rig.engine.CutSceneQuiet(p.clip, fresh, p.rig.engine.Settings()), 0);
     p.rig.host.Loop().PumpMessages();
     std::string freshFile = p.Scene(fresh).fileName;
     auto freshTime = ModifiedAt(freshFile);
@@ -318,7 +321,7 @@ TEST(BackgroundCheck, RecutsAStaleSceneAndLeavesAFreshOneAlone)
     CutProject p;
     int fresh = p.AddScene(0, 29);
     int stale = p.AddScene(30, 59);
-    ASSERT_EQ(p.rig.engine.CutSceneQuiet(p.clip, fresh), 0);
+    ASSERT_EQ(p.rig.engine.CutSceneQuiet(p.clip, fresh, p.rig.engine.Settings()), 0);
     p.rig.host.Loop().PumpMessages();
     auto freshTime = ModifiedAt(p.Scene(fresh).fileName);
     p.rig.Scene().ClearMessages();
@@ -342,6 +345,29 @@ TEST(BackgroundCheck, RecutsAStaleSceneAndLeavesAFreshOneAlone)
     EXPECT_EQ(p.rig.engine.nProcessID, 0);
     EXPECT_FALSE(p.rig.Scene().SceneListBusy());
     EXPECT_FALSE(p.rig.Scene().ElapsedTimerRunning());
+}
+
+TEST(BackgroundCheck, RecutWorksWithTheSettingsOfTheRequestNotWithLaterOnes)
+{
+    CutProject p;
+    int stale = p.AddScene(30, 59);
+    enginetest::LogCapture log;
+    p.rig.data.nEncodePreset = 2;
+    p.rig.engine.EnqueueSceneCheck(stale, false);
+    // The view changes the project after the request, before the queue thread reads anything.
+    p.rig.data.nEncodePreset = 0;
+    p.rig.engine.StartQueueThread(0);
+    PumpUntilCall(p, "ListBusy(0)");
+
+    EXPECT_EQ(DecodedFrames(p.Scene(stale).fileName), 30);
+    std::vector<std::string> cuts;
+    for (const std::string &line : log.Lines("CTarnwickProcess::")) {
+        if (line.find("-c:v mpeg4") != std::string::npos) {
+            cuts.push_back(line);
+        }
+    }
+    ASSERT_EQ(cuts.size(), 1u);
+    EXPECT_NE(cuts[0].find("-c:v mpeg4 -qscale:v 7 "), std::string::npos) << cuts[0];
 }
 
 TEST(BackgroundCheck, WithoutTheShowFlagTheTimerIsLeftAlone)
