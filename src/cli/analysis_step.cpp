@@ -46,6 +46,19 @@ AnalysisOutcome ScanSession::OpenProject(const std::string &project)
     return Open([this, &path] { return Tab().OpenProject(path, true); });
 }
 
+bool ScanSession::OpenProjectList(const std::string &project,
+                                  const std::string &head,
+                                  std::ostream &err)
+{
+    std::error_code ec;
+    const std::string path = std::filesystem::absolute(project, ec).string();
+    if (Tab().OpenProjectList(path) == 0) {
+        return true;
+    }
+    err << head << Tab().LastProjectRead().error << "\n";
+    return false;
+}
+
 int ScanSession::MeasurePicture(const std::string &command,
                                 const std::string &video,
                                 std::ostream &err)

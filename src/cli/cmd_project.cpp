@@ -1,4 +1,5 @@
-// The "project" command: reads a project file, reports its main facts and can write it anew.
+// The "project" command: opens a project file on the scene tab, reports its main facts and can
+// write it anew.
 #include <algorithm>
 #include <ostream>
 #include <string>
@@ -6,6 +7,7 @@
 
 #include "cli/cli_support.h"
 #include "cli/commands.h"
+#include "cli/scan_session.h"
 #include "core/tarnwick_data.h"
 
 namespace cli {
@@ -75,14 +77,13 @@ int RunProjectCommand(const std::vector<std::string> &args, CliOutput &io)
             return kExitBadInput;
         }
     }
-    core::CTarnwickData data;
-    std::string error;
-    std::vector<std::string> warnings;
-    if (!data.LoadProjectFile(parsed.file, &error, &warnings)) {
-        io.err << "tarnwickmp4-cli: " << error << "\n";
+    ScanSession session;
+    workspace::CTarnwickTabScene &tab = session.Tab();
+    if (!session.OpenProjectList(parsed.file, "tarnwickmp4-cli: ", io.err)) {
         return kExitBadInput;
     }
-    PrintFacts(data, io.out);
+    const std::vector<std::string> warnings = tab.LastProjectRead().warnings;
+    PrintFacts(session.data, io.out);
     // The path as the user gave it, on one line.
     std::string file = parsed.file;
     std::replace_if(
@@ -90,8 +91,8 @@ int RunProjectCommand(const std::vector<std::string> &args, CliOutput &io)
     for (const std::string &warning : warnings) {
         io.err << "tarnwickmp4-cli: " << file << ": warning: " << warning << "\n";
     }
-    if (!parsed.writePath.empty() && !data.SaveProjectFile(parsed.writePath, &error)) {
-        io.err << "tarnwickmp4-cli: " << error << "\n";
+    if (!parsed.writePath.empty() && !tab.SaveProjectAs(parsed.writePath)) {
+        io.err << "tarnwickmp4-cli: " << tab.LastSaveError() << "\n";
         return kExitFailed;
     }
     return warnings.empty() ? kExitOk : kExitWarnings;

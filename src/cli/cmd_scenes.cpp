@@ -13,6 +13,7 @@
 
 #include "cli/cli_support.h"
 #include "cli/commands.h"
+#include "cli/scan_session.h"
 #include "core/job_lock.h"
 #include "core/tarnwick_data.h"
 #include "workspace/scene_edit.h"
@@ -38,11 +39,9 @@ bool ParseInt(const std::string &text, int &value)
     return true;
 }
 
-// Loads the project named by path; prints why not on err and returns false.
-bool LoadProject(const char *command,
-                 const std::string &path,
-                 core::CTarnwickData &data,
-                 std::ostream &err)
+// Opens the project named by path on the session's scene tab, its list alone; prints why not
+// on err and returns false.
+bool OpenList(const char *command, const std::string &path, ScanSession &session, std::ostream &err)
 {
     const std::string head = std::string("tarnwickmp4-cli ") + command + ": ";
     std::string problem = UnusablePath(path);
@@ -50,15 +49,7 @@ bool LoadProject(const char *command,
         err << head << PrintablePath(path) << ": " << problem << "\n";
         return false;
     }
-    std::string error;
-    if (!data.LoadProjectFile(std::filesystem::absolute(path).string(), &error)) {
-        err << head << error << "\n";
-        return false;
-    }
-    // The list stands for the input as the tab shows it after opening: its lengths and bounds
-    // use the input's rate, which the project keeps.
-    data.viCurrent = data.viInput;
-    return true;
+    return session.OpenProjectList(path, head, err);
 }
 
 void PrintScenesJson(const core::CTarnwickData &data, std::ostream &out)
@@ -92,16 +83,14 @@ void PrintScenesJson(const core::CTarnwickData &data, std::ostream &out)
     out << root.dump(4) << "\n";
 }
 
-void PrintScenesTable(const core::CTarnwickData &data, std::ostream &out)
+// The list as the tab shows it, one line per row.
+void PrintScenesTable(const std::vector<workspace::ListRow> &rows, std::ostream &out)
 {
-    const workspace::StartFrames starts =
-        workspace::ComputeStartFrames(data, workspace::ListKind::Scene);
     out << "  No  Tick   First    Last  Frames  Length       Caption start/length  Output at"
            "   Caption\n";
-    for (size_t i = 0; i < data.diff_list.size(); ++i) {
-        const workspace::SceneRowText row =
-            workspace::SceneRowTexts(data, static_cast<int>(i), starts.rowStart[i]);
-        const std::vector<std::string> c(row.columns.begin(), row.columns.end());
+    for (const workspace::ListRow &row : rows) {
+        std::vector<std::string> c = row.columns;
+        c.resize(9);
         out << std::setw(4) << c[0] << "  " << (row.bChecked ? "[x]" : "[ ]") << std::setw(8)
             << c[1] << std::setw(8) << c[2] << std::setw(8) << c[3] << "  " << c[4] << "  "
             << std::setw(8) << c[6] << "/" << std::setw(8) << c[7] << "  " << std::setw(9)
@@ -182,14 +171,14 @@ int RunScenes(const std::vector<std::string> &args, CliOutput &io)
         io.err << kScenesUsage;
         return kExitBadInput;
     }
-    core::CTarnwickData data;
-    if (!LoadProject("scenes", project, data, io.err)) {
+    ScanSession session;
+    if (!OpenList("scenes", project, session, io.err)) {
         return kExitBadInput;
     }
     if (json) {
-        PrintScenesJson(data, io.out);
+        PrintScenesJson(session.data, io.out);
     } else {
-        PrintScenesTable(data, io.out);
+        PrintScenesTable(session.Tab().ListRows(), io.out);
     }
     return kExitOk;
 }
@@ -203,29 +192,30 @@ int RunEdit(const std::vector<std::string> &args, CliOutput &io)
         return kExitBadInput;
     }
     const std::string head = "tarnwickmp4-cli edit: ";
-    core::CTarnwickData data;
-    if (!LoadProject("edit", project, data, io.err)) {
+    ScanSession session;
+    if (!OpenList("edit", project, session, io.err)) {
         return kExitBadInput;
     }
+    workspace::CTarnwickTabScene &tab = session.Tab();
+    const std::string file = session.data.project_file;
     core::JobLock lock;
     std::string problem;
-    if (!lock.TryAcquire(core::ProjectLockPath(data.project_file), "edit " + project, &problem)) {
-        io.err << head << "the project " << data.project_file << " " << problem << "\n";
+    if (!lock.TryAcquire(core::ProjectLockPath(file), "edit " + project, &problem)) {
+        io.err << head << "the project " << file << " " << problem << "\n";
         return kExitFailed;
     }
     for (const workspace::SceneEdit &edit : edits) {
-        problem = workspace::ApplySceneEdit(data, edit);
+        problem = tab.ApplyEdit(edit);
         if (!problem.empty()) {
             io.err << head << project << ": " << problem << "; nothing was saved\n";
             return kExitBadInput;
         }
     }
-    std::string error;
-    if (!data.SaveProjectFile(data.project_file, &error)) {
-        io.err << head << error << "\n";
+    if (!tab.SaveProjectAs(file)) {
+        io.err << head << tab.LastSaveError() << "\n";
         return kExitFailed;
     }
-    PrintScenesTable(data, io.out);
+    PrintScenesTable(tab.ListRows(), io.out);
     return kExitOk;
 }
 

@@ -88,6 +88,9 @@ public:
     AnalysisOutcome OpenVideo(const std::string &video);
     // The tab's open command for a saved project.
     AnalysisOutcome OpenProject(const std::string &project);
+    // The tab's open command for a project's list alone (the video need not exist); false,
+    // with the reason after head on err, when the file cannot be read.
+    bool OpenProjectList(const std::string &project, const std::string &head, std::ostream &err);
     // Starts a job through start (a command of the tab) and serves the tab until it has
     // ended or a signal stops it; progress, when given, follows its stages.
     JobOutcome RunJob(const std::function<void()> &start, ProgressLine *progress = nullptr);

@@ -167,22 +167,19 @@ int CTarnwickTabScene::AnalyzeInput(bool bProjectLoad)
     return r;
 }
 
-int CTarnwickTabScene::OpenProject(const std::string &given, bool bForce)
+int CTarnwickTabScene::LoadProjectInto(const std::string &path)
 {
-    const std::string path = given; // a copy: the caller may pass a field that is cleared here
-    if (path == m_Data.project_file && m_Data.bAutoSave != 0 && !bForce) {
-        return 0;
-    }
-    m_analysis = AnalysisReport{};
-    if (!Exists(path)) {
-        ReportProblem(kIdsFileMissing, path);
-        return -1;
-    }
+    m_projectRead = ProjectReadReport{};
     // Read into a scratch project first: a file that cannot be read leaves the workspace as
     // it was.
     core::CTarnwickData scratch;
     std::string error;
     if (!scratch.LoadProjectFile(path, &error)) {
+        m_projectRead.error = error;
+        if (!Exists(path)) {
+            ReportProblem(kIdsFileMissing, path);
+            return -1;
+        }
         ReportProblem(kIdsProjectUnreadable, path, error);
         UpdateControls(true);
         return -1;
@@ -196,18 +193,33 @@ int CTarnwickTabScene::OpenProject(const std::string &given, bool bForce)
     const int autoSave = m_Data.bAutoSave;
     const int useCuda = m_Data.bUseCuda;
     ClearProject(false);
-    if (!m_Data.LoadProjectFile(path, &error)) {
+    if (!m_Data.LoadProjectFile(path, &error, &m_projectRead.warnings)) {
+        m_projectRead.error = error;
         ReportProblem(kIdsProjectUnreadable, path, error);
         StopElapsedTimer();
         UpdateControls(true);
         m_view.SetBusyCursor(false);
         return -1;
     }
+    m_projectRead.bRead = true;
     m_Data.bAutoSave = autoSave;
     m_Data.bUseCuda = useCuda;
     m_captions.LoadCaptionFields(m_Data);
     ShowFields();
     RefreshInputSummary();
+    return 0;
+}
+
+int CTarnwickTabScene::OpenProject(const std::string &given, bool bForce)
+{
+    const std::string path = given; // a copy: the caller may pass a field that is cleared here
+    if (path == m_Data.project_file && m_Data.bAutoSave != 0 && !bForce) {
+        return 0;
+    }
+    m_analysis = AnalysisReport{};
+    if (LoadProjectInto(path) != 0) {
+        return -1;
+    }
     core::VideoInfo probe;
     int r = m_Process.GetVideoInfoFfprobe(m_Data.input_file, probe);
     if (r != 0) {
@@ -221,6 +233,25 @@ int CTarnwickTabScene::OpenProject(const std::string &given, bool bForce)
     r = AnalyzeInput(true);
     m_view.SetBusyCursor(false);
     return r;
+}
+
+int CTarnwickTabScene::OpenProjectList(const std::string &given)
+{
+    const std::string path = given;
+    m_analysis = AnalysisReport{};
+    if (LoadProjectInto(path) != 0) {
+        return -1;
+    }
+    {
+        // The list stands for the input as the tab shows it after opening: its lengths and
+        // bounds use the input's rate, which the project keeps.
+        std::lock_guard<std::mutex> lock(m_Data.sceneLock.m);
+        m_Data.viCurrent = m_Data.viInput;
+    }
+    FillList(m_Data.list_idx);
+    UpdateControls(true);
+    m_view.SetBusyCursor(false);
+    return 0;
 }
 
 void CTarnwickTabScene::SaveProject(bool bForce)
@@ -241,7 +272,8 @@ void CTarnwickTabScene::SaveProject(bool bForce)
 bool CTarnwickTabScene::SaveProjectAs(const std::string &path)
 {
     const std::string previous = m_Data.project_file;
-    if (!m_Data.SaveProjectFile(path)) {
+    m_saveError.clear();
+    if (!m_Data.SaveProjectFile(path, &m_saveError)) {
         m_Data.project_file = previous;
         m_view.ShowError(core::LoadStringById(3075));
         return false;

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "workspace/caption_edit.h"
+#include "workspace/scene_edit.h"
 #include "workspace/scene_list.h"
 #include "workspace/tab_base.h"
 
@@ -36,6 +37,14 @@ extern const char *const kVideoFilter;
 extern const char *const kMp4Filter;
 extern const char *const kProjectFilter;
 
+// What the last reading of a project file found.
+struct ProjectReadReport
+{
+    bool bRead = false;
+    std::string error;                 // why the file could not be read
+    std::vector<std::string> warnings; // values that cannot be right, one line each
+};
+
 class CTarnwickTabScene : public CTarnwickTab
 {
 public:
@@ -51,9 +60,18 @@ public:
     int OpenVideo(const std::string &given);
     // 0 on success; -1 when the file does not exist or cannot be read; else the analysis' result.
     int OpenProject(const std::string &given, bool bForce);
+    // Opens the project file for its list alone, without its video: list, captions and fields
+    // as the project keeps them (lengths at the input's rate), no analysis, and the input need
+    // not exist. For reviewing and editing the list; a job needs OpenProject. 0, or -1 with a
+    // message when the file cannot be read (the workspace as it was). What the reading found
+    // is in LastProjectRead.
+    int OpenProjectList(const std::string &given);
+    const ProjectReadReport &LastProjectRead() const { return m_projectRead; }
     void SaveProject(bool bForce);
-    // Save as: false when the file could not be written (project_file keeps its value).
+    // Save as: false when the file could not be written (project_file keeps its value), with
+    // the reason in LastSaveError.
     bool SaveProjectAs(const std::string &path);
+    const std::string &LastSaveError() const { return m_saveError; }
     void ClearProject(bool bUpdateControls);
     void ResetScenes(bool bMakeDefault);
     void MarkPictureChanged();
@@ -115,6 +133,10 @@ public:
     void SplitRow();
     void DeleteRow();
     void DuplicateRow();
+    // One edit of the list as a command names it by scene number (tick, split at a frame, move,
+    // a caption, the title...; see SceneEdit), then the list shown again. Empty, or why the
+    // edit cannot be made, with the project unchanged then. Not while a job runs.
+    std::string ApplyEdit(const SceneEdit &edit);
 
     // ---- Captions ----
     void NextCaptionTarget();
@@ -157,7 +179,13 @@ private:
     // Runs the input analysis and what follows it for OpenVideo and OpenProject.
     int AnalyzeInput(bool bProjectLoad);
 
+    // Reads the project file given into the workspace (the previous project saved first):
+    // list, captions and fields. 0, or -1 with a message, the workspace as it was.
+    int LoadProjectInto(const std::string &path);
+
     CaptionEditor m_captions;
+    ProjectReadReport m_projectRead;
+    std::string m_saveError;
     core::ParamRange m_CellValue;
     bool m_bCellEdit = false;
     bool m_bValueGuard = false;

@@ -223,6 +223,22 @@ void CTarnwickTabScene::SplitRow()
     m_bListEvents = 1;
 }
 
+std::string CTarnwickTabScene::ApplyEdit(const SceneEdit &edit)
+{
+    if (IsJobRunning()) {
+        return "the list cannot change while a job runs";
+    }
+    m_bListEvents = 0;
+    std::string problem = ApplySceneEdit(m_Data, edit);
+    if (problem.empty()) {
+        m_captions.LoadCaptionFields(m_Data);
+        FillList(m_Data.list_idx);
+        ShowFields();
+    }
+    m_bListEvents = 1;
+    return problem;
+}
+
 void CTarnwickTabScene::DeleteRow()
 {
     const int row = m_Data.list_idx;

@@ -47,8 +47,9 @@ bool RecordingView::AskYesNo(int nMessageId)
     return answer;
 }
 
-std::optional<std::string> RecordingView::ChooseFile(const workspace::FileChoice &)
+std::optional<std::string> RecordingView::ChooseFile(const workspace::FileChoice &choice)
 {
+    fileChoices.push_back(choice);
     if (files.empty()) {
         return std::nullopt;
     }

@@ -65,6 +65,8 @@ public:
     bool answer = true;
     std::deque<std::string> files;
     std::deque<std::string> folders;
+    // The file choosers opened, in order.
+    std::vector<workspace::FileChoice> fileChoices;
 };
 
 // A host with its message loop, owned by the constructing thread, for one or two tabs.
