@@ -46,6 +46,11 @@ AnalysisOutcome ScanSession::OpenProject(const std::string &project)
     return Open([this, &path] { return Tab().OpenProject(path, true); });
 }
 
+AnalysisOutcome ScanSession::ChangeOutputNames(const std::string &folder, const std::string &name)
+{
+    return Open([this, &folder, &name] { return Tab().ChangeOutputNames(folder, name); });
+}
+
 bool ScanSession::OpenProjectList(const std::string &project,
                                   const std::string &head,
                                   std::ostream &err)

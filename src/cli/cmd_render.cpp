@@ -159,19 +159,16 @@ int RunProjectJob(const std::string &command,
     // runs or is locked.
     ScanSession session;
     workspace::CTarnwickTabScene &tab = session.Tab();
-    core::CTarnwickData planned;
     const std::string project = std::filesystem::absolute(parsed.project).string();
-    if (!planned.LoadProjectFile(project, &error)) {
-        io.err << head << error << "\n";
+    if (!session.OpenProjectList(project, head, io.err)) {
         return kExitBadInput;
     }
-    session.data.output_folder = planned.output_folder;
-    session.data.output_name = planned.output_name;
-    session.data.project_file = planned.project_file;
+    const std::string savedFolder = session.data.output_folder;
+    const std::string savedName = session.data.output_name;
     ApplyNames(tab, parsed.options);
-    planned.output_folder = session.data.output_folder;
-    planned.output_name = session.data.output_name;
-    problem = RenderProblem(planned, parsed.project);
+    const std::string folder = session.data.output_folder;
+    const std::string name = session.data.output_name;
+    problem = RenderProblem(session.data, parsed.project);
     if (!problem.empty()) {
         io.err << head << problem << "\n";
         return kExitBadInput;
@@ -182,21 +179,22 @@ int RunProjectJob(const std::string &command,
     session.data.bAutoSave = 1; // the tab saves the project as it goes, as the window's does
     ProgressLine progress(io.err, isatty(STDERR_FILENO) != 0);
     session.View().Follow(&progress);
-    AnalysisOutcome analysis = session.OpenProject(project);
+    AnalysisOutcome analysis;
+    if (folder != savedFolder || name != savedName) {
+        // Other names: the tab's folder and name boxes, the paths following the folder, with
+        // the project saved and opened once.
+        session.data.output_folder = savedFolder;
+        session.data.output_name = savedName;
+        analysis = session.ChangeOutputNames(folder, name);
+    } else {
+        analysis = session.OpenProject(project);
+    }
     session.View().Follow(nullptr);
     progress.Finish();
     int status =
         ReportAnalysisFailure(command.c_str(), session.data.input_file, analysis, session, io.err);
     if (status >= 0) {
         return status;
-    }
-    // The folder and name as the tab's boxes change them: the paths follow, the project is
-    // saved and opened again.
-    if (planned.output_folder != session.data.output_folder) {
-        tab.OutputFolderConfirmed(planned.output_folder);
-    }
-    if (planned.output_name != session.data.output_name) {
-        tab.OutputNameConfirmed(planned.output_name);
     }
     ApplyNames(tab, parsed.options);
     ApplyValues(tab, parsed.options);

@@ -88,6 +88,9 @@ public:
     AnalysisOutcome OpenVideo(const std::string &video);
     // The tab's open command for a saved project.
     AnalysisOutcome OpenProject(const std::string &project);
+    // The tab's command that sets the output folder and the film's name together and opens the
+    // project again (the analysis); empty texts keep their values.
+    AnalysisOutcome ChangeOutputNames(const std::string &folder, const std::string &name);
     // The tab's open command for a project's list alone (the video need not exist); false,
     // with the reason after head on err, when the file cannot be read.
     bool OpenProjectList(const std::string &project, const std::string &head, std::ostream &err);

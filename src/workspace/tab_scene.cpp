@@ -365,6 +365,16 @@ void CTarnwickTabScene::ChangeOutputFolder(const std::string &oldGiven, const st
     ShowFields();
 }
 
+std::string CTarnwickTabScene::PlayPosition() const
+{
+    return m_Process.strPreviewTime.get();
+}
+
+void CTarnwickTabScene::SetCutWhileScanning(bool bCut)
+{
+    m_Process.bCutScenes = bCut;
+}
+
 void CTarnwickTabScene::DropFiles(const std::vector<std::string> &paths)
 {
     if (m_Process.IsRenderJob()) {

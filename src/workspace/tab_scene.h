@@ -86,6 +86,11 @@ public:
     void OutputFolderConfirmed(const std::string &text);
     void ChooseOutputFile();
     void OutputNameConfirmed(const std::string &text);
+    // The output folder and the film's name set together, as the output file chooser sets
+    // them (an empty text keeps its value): the paths follow the folder, and the project is
+    // saved and opened again once. The opening's result; 0 when nothing changed, -1 when the
+    // folder cannot be made (nothing changed then).
+    int ChangeOutputNames(const std::string &folderText, const std::string &nameText);
     void ClearOutputFolder();
     void OpenProjectDialog();
     void SaveProjectAsDialog();

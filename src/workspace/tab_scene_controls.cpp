@@ -77,16 +77,27 @@ void CTarnwickTabScene::ChooseOutputFile()
     if (!path || *path == m_Data.GetOutputPath()) {
         return;
     }
-    m_Data.output_name = core::FileNamePart(*path);
-    const std::string folder = core::FolderPart(*path);
-    if (!folder.empty() && folder != m_Data.output_folder) {
-        ChangeOutputFolder(m_Data.output_folder, folder);
-        return;
+    ChangeOutputNames(core::FolderPart(*path), core::FileNamePart(*path));
+}
+
+int CTarnwickTabScene::ChangeOutputNames(const std::string &folderText, const std::string &nameText)
+{
+    std::string folder = TrimText(folderText);
+    folder = folder.empty() ? m_Data.output_folder : core::SetTrailingSeparator(folder, true);
+    std::string name = TrimText(nameText);
+    name = name.empty() ? m_Data.output_name : name;
+    if (folder == m_Data.output_folder && name == m_Data.output_name) {
+        return 0;
     }
+    if (folder != m_Data.output_folder && !MoveOutputFolder(m_Data.output_folder, folder, true)) {
+        return -1;
+    }
+    m_Data.output_name = name;
     SaveProject(false);
-    OpenProject(std::string(m_Data.project_file), true);
+    const int result = OpenProject(std::string(m_Data.project_file), true);
     UpdateControls(true);
     ShowFields();
+    return result;
 }
 
 void CTarnwickTabScene::OutputNameConfirmed(const std::string &text)
@@ -192,16 +203,6 @@ void CTarnwickTabScene::ShowInput()
 {
     ShowWholeFile(engine::kJobPlayInput,
                   m_Data.input_mp4_file.empty() ? m_Data.input_file : m_Data.input_mp4_file);
-}
-
-std::string CTarnwickTabScene::PlayPosition() const
-{
-    return m_Process.strPreviewTime.get();
-}
-
-void CTarnwickTabScene::SetCutWhileScanning(bool bCut)
-{
-    m_Process.bCutScenes = bCut;
 }
 
 void CTarnwickTabScene::PlayInput(const std::string &seconds)

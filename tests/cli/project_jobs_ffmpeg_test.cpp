@@ -74,6 +74,33 @@ TEST(CliRender, JsonNamesTheProjectTheFilmAndWhatWasRendered)
     EXPECT_TRUE(fs::is_regular_file(result["film"].get<std::string>()));
 }
 
+TEST(CliRender, NewFolderAndNameTakeTheSegmentsAlongAndHoldTheFilm)
+{
+    TempDir dir;
+    const std::string clip = MakeMotionClip(dir);
+    ASSERT_EQ(RunCli({"extract", clip}).exitCode, 0);
+    const std::string folder = dir.file("elsewhere");
+    RunResult r = RunCli({"render",
+                          clip + ".twproj",
+                          "--output-folder",
+                          folder,
+                          "--output-name",
+                          "night.mp4",
+                          "--json"});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    const nlohmann::json result = nlohmann::json::parse(r.out);
+    EXPECT_EQ(result["film"], folder + "/night.mp4");
+    EXPECT_TRUE(fs::is_regular_file(folder + "/night.mp4"));
+    const core::CTarnwickData saved = Load(clip + ".twproj");
+    EXPECT_EQ(saved.output_folder, folder + "/");
+    EXPECT_EQ(saved.output_name, "night.mp4");
+    ASSERT_EQ(saved.diff_list.size(), 2u);
+    for (const core::SceneEntry &scene : saved.diff_list) {
+        EXPECT_EQ(scene.fileName.rfind(folder + "/", 0), 0u) << scene.fileName;
+        EXPECT_TRUE(fs::is_regular_file(scene.fileName)) << scene.fileName;
+    }
+}
+
 TEST(CliRender, ProjectOptionsAreClampedAndSavedWithTheProject)
 {
     TempDir dir;

@@ -253,3 +253,42 @@ TEST(SceneTabCaptionStyle, ChosenFontAndPositionReachTheCurrentScenesCaption)
 }
 
 } // namespace
+
+namespace {
+
+TEST(SceneTabOutputNames, FolderAndNameTogetherMoveThePathsAndSaveTheProjectOnce)
+{
+    TempDir dir;
+    SceneRig rig;
+    rig.tab.Init();
+    const std::string path = SaveProjectOfAGoneVideo(dir, "trip.twproj");
+    ASSERT_EQ(rig.tab.OpenProjectList(path), 0);
+    rig.tab.Data().bAutoSave = 1;
+    EXPECT_EQ(rig.tab.ChangeOutputNames("  ", " "), 0) << "empty texts keep both";
+    const std::string folder = dir.file("night");
+    // The video is gone, so the opening after the save reports it; the project is saved first.
+    rig.tab.ChangeOutputNames(folder, "night.mp4");
+    core::CTarnwickData saved;
+    ASSERT_TRUE(saved.LoadProjectFile(path));
+    EXPECT_EQ(saved.output_folder, folder + "/");
+    EXPECT_EQ(saved.output_name, "night.mp4");
+    ASSERT_EQ(saved.diff_list.size(), 2u);
+    EXPECT_EQ(saved.diff_list[0].fileName, folder + "/a.mp4");
+    EXPECT_EQ(rig.tab.Data().output_folder, folder + "/");
+}
+
+TEST(SceneTabOutputNames, FolderThatCannotBeMadeChangesNothingAndIsNamed)
+{
+    TempDir dir;
+    SceneRig rig;
+    rig.tab.Init();
+    ASSERT_EQ(rig.tab.OpenProjectList(SaveProjectOfAGoneVideo(dir, "trip.twproj")), 0);
+    ASSERT_TRUE(testsupport::WriteFile(dir.file("plain"), "x"));
+    const std::string folder = dir.file("plain/sub");
+    EXPECT_EQ(rig.tab.ChangeOutputNames(folder, "night.mp4"), -1);
+    EXPECT_TRUE(Mentions(rig.view.errors, folder));
+    EXPECT_EQ(rig.tab.Data().output_folder, dir.file("gone.mp4_out") + "/");
+    EXPECT_EQ(rig.tab.Data().output_name, "gone_trim.mp4");
+}
+
+} // namespace
