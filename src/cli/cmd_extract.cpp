@@ -76,19 +76,30 @@ int RunExtract(const std::vector<std::string> &args, CliOutput &io)
         return status;
     }
     // As the tab does after every scan: what was found, also before a stop, is kept.
-    PrintSummary(parsed.video, data, io.out);
-    PrintTable(data, true, io.out);
-    PrintDefaultNote(outcome, data, io.out);
+    if (!parsed.json) {
+        PrintSummary(parsed.video, data, io.out);
+        PrintTable(data, true, io.out);
+        PrintDefaultNote(outcome, data, io.out);
+    }
     if (status < 0 && !outcome.defaultScene &&
         !AllSegmentsWritten(data, outcome.cutResults, LooksTruncated(outcome), io.err)) {
         status = kExitFailed;
     }
     std::string error;
-    if (!data.SaveProjectFile(data.project_file, &error)) {
+    const bool saved = data.SaveProjectFile(data.project_file, &error);
+    if (!saved) {
         io.err << kHead << error << "\n";
+    }
+    if (parsed.json) {
+        nlohmann::ordered_json root = ScenesJson(parsed.video, data, outcome.defaultScene, true);
+        root["project"] = saved ? nlohmann::ordered_json(data.project_file) : nullptr;
+        io.out << root.dump(4) << "\n";
+    } else if (saved) {
+        io.out << "Project: " << data.project_file << "\n";
+    }
+    if (!saved) {
         return status >= 0 ? status : kExitFailed;
     }
-    io.out << "Project: " << data.project_file << "\n";
     return status >= 0 ? status : kExitOk;
 }
 

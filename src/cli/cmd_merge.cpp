@@ -12,6 +12,8 @@
 
 #include <unistd.h>
 
+#include <nlohmann/json.hpp>
+
 #include "cli/cli_support.h"
 #include "cli/commands.h"
 #include "cli/job_guard.h"
@@ -28,13 +30,14 @@ namespace {
 constexpr const char *kHead = "tarnwickmp4-cli merge: ";
 constexpr const char *kMergeUsage =
     "Usage: tarnwickmp4-cli merge --size WxH --rate N/D [--transition] [--output-folder DIR] "
-    "-o NAME FILE...\n";
+    "-o NAME [--json] FILE...\n";
 
 struct MergeArgs
 {
     int nSizeIndex = -1;
     int nRateIndex = -1;
     bool transition = false;
+    bool json = false;
     std::string outputFolder;
     std::string outputName;
     std::vector<std::string> files;
@@ -111,6 +114,8 @@ std::string ParseMergeArgs(const std::vector<std::string> &args, MergeArgs &pars
             parsed.outputName = args[++i];
         } else if (arg == "--transition") {
             parsed.transition = true;
+        } else if (arg == "--json") {
+            parsed.json = true;
         } else if (arg.size() > 1 && arg[0] == '-') {
             usage = true;
             return "";
@@ -265,6 +270,18 @@ int RunMerge(const std::vector<std::string> &args, CliOutput &io)
         }
         io.err << kHead << "the merge failed: " << reason << "\n";
         return kExitFailed;
+    }
+    if (parsed.json) {
+        const core::MergeSize size = core::MergeSizeAt(parsed.nSizeIndex);
+        const core::MergeRate rate = core::MergeRateAt(parsed.nRateIndex);
+        nlohmann::ordered_json root;
+        root["film"] = data.GetOutputPath();
+        root["files"] = parsed.files.size();
+        root["size"] = core::StrPrintf("%dx%d", size.width, size.height);
+        root["rate"] = core::StrPrintf("%d/%d", rate.num, rate.den);
+        root["transition"] = parsed.transition;
+        io.out << root.dump(4) << "\n";
+        return kExitOk;
     }
     io.out << data.GetOutputPath() << "\n";
     return kExitOk;

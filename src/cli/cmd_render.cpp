@@ -261,15 +261,26 @@ int RunRun(const std::vector<std::string> &args, CliOutput &io)
     JobOutcome outcome = session.RunJob([&tab] { tab.ExtractAndOutput(); }, &progress);
     status = ReportJob("run", parsed.video, outcome, io.err);
     ReportScanExtent("run", parsed.video, outcome, io.err);
-    if (outcome.scanned) {
+    if (!outcome.scanned) {
+        return status >= 0 ? status : kExitOk;
+    }
+    if (!parsed.json) {
         PrintSummary(parsed.video, data, io.out);
         PrintTable(data, true, io.out);
         PrintDefaultNote(outcome, data, io.out);
-        if (!SaveAfterJob(head, data, io.err)) {
-            return status >= 0 ? status : kExitFailed;
-        }
-        io.out << "Project: " << data.project_file << "\n";
     }
+    const bool saved = SaveAfterJob(head, data, io.err);
+    if (parsed.json) {
+        nlohmann::ordered_json root = ScenesJson(parsed.video, data, outcome.defaultScene, true);
+        root["project"] = saved ? nlohmann::ordered_json(data.project_file) : nullptr;
+        root["film"] = saved && status < 0 ? nlohmann::ordered_json(data.GetOutputPath()) : nullptr;
+        io.out << root.dump(4) << "\n";
+        return status >= 0 ? status : saved ? kExitOk : kExitFailed;
+    }
+    if (!saved) {
+        return status >= 0 ? status : kExitFailed;
+    }
+    io.out << "Project: " << data.project_file << "\n";
     if (status >= 0) {
         return status;
     }

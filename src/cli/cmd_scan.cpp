@@ -30,7 +30,8 @@ int ScanInFolder(const ScanArgs &parsed, const std::string &folder, CliOutput &i
         return status;
     }
     if (parsed.json) {
-        PrintJson(parsed.video, session.data, outcome.defaultScene, io.out);
+        io.out << ScenesJson(parsed.video, session.data, outcome.defaultScene, false).dump(4)
+               << "\n";
         return kExitOk;
     }
     PrintSummary(parsed.video, session.data, io.out);

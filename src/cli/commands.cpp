@@ -50,9 +50,12 @@ const CommandEntry kCommands[] = {
     {"extract",
      RunExtract,
      "extract VIDEO",
-     "Scans VIDEO, cuts every scene into its own MP4 and saves the project as VIDEO.twproj.\n",
+     "Scans VIDEO, cuts every scene into its own MP4 and saves the project as VIDEO.twproj.\n"
+     "  --json                one JSON document instead of the table: as scan's, each scene\n"
+     "                        with its segment and whether it was written, and the project\n",
      "tarnwickmp4-cli extract garden.mp4 --output-folder scenes",
-     kScanOptions | kFolderOption | kPictureOptions | kEncodeOptions},
+     kScanOptions | kFolderOption | kPictureOptions | kEncodeOptions,
+     " [--json]"},
     {"analyze",
      RunAnalyze,
      "analyze VIDEO",
@@ -87,12 +90,16 @@ const CommandEntry kCommands[] = {
      RunRun,
      "run VIDEO",
      "Scan, cuts and finished film of VIDEO in one go; saves the project as VIDEO.twproj.\n"
-     "Prints the scenes, the project and the film.\n",
+     "Prints the scenes, the project and the film.\n"
+     "  --json                one JSON document instead: as extract's, and the film (null\n"
+     "                        when none was made)\n",
      "tarnwickmp4-cli run garden.mp4 --transition --title \"Garden, May\"",
-     kAllProjectOptions},
+     kAllProjectOptions,
+     " [--json]"},
     {"merge",
      RunMerge,
-     "merge --size WxH --rate N/D [--transition] [--output-folder DIR] -o NAME FILE...",
+     "merge --size WxH --rate N/D [--transition] [--output-folder DIR] -o NAME [--json] "
+     "FILE...",
      "Joins FILEs, in the order given, into one film of one picture size and frame rate:\n"
      "each file is analysed and converted to a segment of that size and rate (fitted without\n"
      "distortion on black, with a silent track when it has no sound), and the segments are\n"
@@ -103,7 +110,8 @@ const CommandEntry kCommands[] = {
      "                        24000/1001, 15 or 10\n"
      "  --transition          cross-fades of about half a second between the files\n"
      "  --output-folder DIR   segments and film (default NAME_out/ beside the first file)\n"
-     "  -o NAME               file name of the film\n",
+     "  -o NAME               file name of the film\n"
+     "  --json                one JSON document: film, files, size, rate and transition\n",
      "tarnwickmp4-cli merge --size 1280x720 --rate 30 -o trip.mp4 day1.mp4 day2.mov"},
     {"scenes",
      RunScenes,

@@ -41,7 +41,7 @@ ParseScanArgs(const std::vector<std::string> &args, ScanKind kind, ScanArgs &par
         case OptionParse::NotMine:
             break;
         }
-        if ((kind == ScanKind::Scan || kind == ScanKind::Analyze) && arg == "--json") {
+        if (arg == "--json") {
             parsed.json = true;
         } else if (arg.size() > 1 && arg[0] == '-' && arg != "-") {
             usage = true;
@@ -228,10 +228,10 @@ bool LooksTruncated(const JobOutcome &outcome)
            outcome.framesScanned < outcome.framesSource - ConversionTolerance(outcome);
 }
 
-void PrintJson(const std::string &video,
-               const core::CTarnwickData &data,
-               bool defaultScene,
-               std::ostream &out)
+nlohmann::ordered_json ScenesJson(const std::string &video,
+                                  const core::CTarnwickData &data,
+                                  bool defaultScene,
+                                  bool segments)
 {
     const double fps = data.viInput.fps;
     nlohmann::ordered_json root;
@@ -246,9 +246,14 @@ void PrintJson(const std::string &video,
         item["last"] = scene.framNo_second;
         item["start"] = FrameSeconds(scene.framNo_first, fps);
         item["end"] = FrameSeconds(scene.framNo_second + 1, fps);
+        if (segments) {
+            std::error_code ec;
+            item["segment"] = scene.fileName;
+            item["written"] = std::filesystem::is_regular_file(scene.fileName, ec);
+        }
         root["scenes"].push_back(item);
     }
-    out << root.dump(4) << "\n";
+    return root;
 }
 
 void PrintTable(const core::CTarnwickData &data, bool files, std::ostream &out)
@@ -306,8 +311,8 @@ int ParseAndCheck(const std::vector<std::string> &args,
     std::string error = ParseScanArgs(args, kind, parsed, usage);
     if (usage) {
         io.err << "Usage: tarnwickmp4-cli " << command << " VIDEO"
-               << ProjectOptionsUsage(OptionGroups(kind))
-               << (kind == ScanKind::Scan || kind == ScanKind::Analyze ? " [--json]" : "") << "\n";
+               << ProjectOptionsUsage(OptionGroups(kind)) << " [--json]"
+               << "\n";
         return kExitBadInput;
     }
     if (!error.empty()) {

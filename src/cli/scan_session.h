@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include <nlohmann/json.hpp>
+
 #include "cli/cli_view.h"
 #include "cli/commands.h"
 #include "cli/job_guard.h"
@@ -162,12 +164,13 @@ int ReportAnalysisFailure(const char *command,
                           ScanSession &session,
                           std::ostream &err);
 
-// One JSON document: file, fps, frames, default_scene (no motion was found and the list holds
-// the default scene) and the scenes with first, last, start and end.
-void PrintJson(const std::string &video,
-               const core::CTarnwickData &data,
-               bool defaultScene,
-               std::ostream &out);
+// The JSON document of a scan: file, fps, frames, default_scene (no motion was found and the
+// list holds the default scene) and the scenes with first, last, start and end; with segments,
+// each scene also names its segment and whether it was written.
+nlohmann::ordered_json ScenesJson(const std::string &video,
+                                  const core::CTarnwickData &data,
+                                  bool defaultScene,
+                                  bool segments);
 // One row per scene: number, frames, time codes and length; with files, the segment file.
 void PrintTable(const core::CTarnwickData &data, bool files, std::ostream &out);
 void PrintSummary(const std::string &video, const core::CTarnwickData &data, std::ostream &out);

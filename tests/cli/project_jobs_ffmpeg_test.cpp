@@ -154,3 +154,70 @@ TEST(CliScan, OptionsOfOtherCommandsAreNotTaken)
 }
 
 } // namespace
+
+namespace {
+
+TEST(CliExtract, JsonListsTheScenesWithTheirSegmentsAndTheProject)
+{
+    TempDir dir;
+    const std::string clip = MakeMotionClip(dir);
+    RunResult r = RunCli({"extract", clip, "--json"});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    const nlohmann::json result = nlohmann::json::parse(r.out);
+    EXPECT_EQ(result["file"], clip);
+    EXPECT_EQ(result["default_scene"], false);
+    EXPECT_EQ(result["project"], clip + ".twproj");
+    ASSERT_EQ(result["scenes"].size(), 2u);
+    for (const nlohmann::json &scene : result["scenes"]) {
+        EXPECT_EQ(scene["written"], true);
+        EXPECT_TRUE(fs::is_regular_file(scene["segment"].get<std::string>()));
+        EXPECT_LT(scene["first"].get<int>(), scene["last"].get<int>());
+    }
+}
+
+TEST(CliRun, JsonOfAClipWithoutMotionSaysItHoldsTheDefaultSceneAndNamesTheFilm)
+{
+    TempDir dir;
+    const std::string clip = dir.file("still.mp4");
+    ASSERT_TRUE(testsupport::MakeClip(clip, "color=c=gray:size=160x120:rate=25:duration=4"));
+    RunResult r = RunCli({"run", clip, "--json"});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    const nlohmann::json result = nlohmann::json::parse(r.out);
+    EXPECT_EQ(result["default_scene"], true);
+    EXPECT_EQ(result["scenes"].size(), 1u);
+    EXPECT_EQ(result["project"], clip + ".twproj");
+    ASSERT_TRUE(result["film"].is_string()) << r.out;
+    EXPECT_TRUE(fs::is_regular_file(result["film"].get<std::string>()));
+}
+
+TEST(CliMerge, JsonNamesTheFilmAndTheChoices)
+{
+    TempDir dir;
+    const std::string a = dir.file("a.mp4");
+    const std::string b = dir.file("b.mp4");
+    ASSERT_TRUE(testsupport::MakeClip(a, "testsrc2=size=160x120:rate=25:duration=1"));
+    ASSERT_TRUE(testsupport::MakeClip(b, "testsrc2=size=320x240:rate=30:duration=1"));
+    const std::string folder = dir.file("out");
+    RunResult r = RunCli({"merge",
+                          "--size",
+                          "352x288",
+                          "--rate",
+                          "30000/1001",
+                          "--output-folder",
+                          folder,
+                          "-o",
+                          "both.mp4",
+                          "--json",
+                          a,
+                          b});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    const nlohmann::json result = nlohmann::json::parse(r.out);
+    EXPECT_EQ(result["film"], folder + "/both.mp4");
+    EXPECT_EQ(result["files"], 2);
+    EXPECT_EQ(result["size"], "352x288");
+    EXPECT_EQ(result["rate"], "30000/1001");
+    EXPECT_EQ(result["transition"], false);
+    EXPECT_TRUE(fs::is_regular_file(folder + "/both.mp4"));
+}
+
+} // namespace
