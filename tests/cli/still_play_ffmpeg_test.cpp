@@ -126,8 +126,9 @@ TEST(PlayCommand, CtrlCStopsThePlayerAndTheNextPlayStartsAtThePrintedTime)
     testsupport::TempDir dir;
     const std::string clip = dir.file("clip.mp4");
     ASSERT_TRUE(testsupport::MakeClip(clip, kFourSeconds));
-    // Once the player runs (the only tool that reads the clip up to a length), about 1.5
-    // seconds pass; the opening of the video before it probes the clip too.
+    // Once the player runs (the only tool that reads the clip up to a length), about 2 seconds
+    // pass (a loaded machine may take a while before the first frame shows); the opening of
+    // the video before it probes the clip too.
     const std::string player = "-i " + clip + " -t ";
     std::optional<std::chrono::steady_clock::time_point> started;
     testsupport::SignalledRun run = testsupport::SignalCliWhenReady({"play", clip}, SIGINT, [&] {
@@ -135,13 +136,13 @@ TEST(PlayCommand, CtrlCStopsThePlayerAndTheNextPlayStartsAtThePrintedTime)
             started = std::chrono::steady_clock::now();
         }
         return started &&
-               std::chrono::steady_clock::now() - *started > std::chrono::milliseconds(1500);
+               std::chrono::steady_clock::now() - *started > std::chrono::milliseconds(2000);
     });
     ASSERT_FALSE(run.endedEarly) << run.err;
     EXPECT_EQ(run.exitCode, 130) << run.err;
     ASSERT_EQ(LineCount(run.out), 1u) << run.out;
     const std::string printed = run.out.substr(0, run.out.size() - 1);
-    EXPECT_GT(std::stod(printed), 0.5);
+    EXPECT_GT(std::stod(printed), 0.3);
     EXPECT_LT(std::stod(printed), 3.9);
     EXPECT_EQ(testsupport::CountProcessesWith(clip), 0); // no player left
 
