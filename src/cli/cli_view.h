@@ -34,7 +34,8 @@ public:
     void ShowFields(const workspace::FieldTexts &) override {}
     void SetBusyCursor(bool) override {}
     bool AskYesNo(int) override { return true; }
-    void ShowError(const std::string &text) override { m_errors.push_back(text); }
+    // The commands say what went wrong in their own words, from the tab's typed reports.
+    void ShowError(const std::string &) override {}
     std::optional<std::string> ChooseFile(const workspace::FileChoice &) override { return {}; }
     std::optional<std::string> ChooseFolder(int, const std::string &) override { return {}; }
 
@@ -49,13 +50,10 @@ public:
     const std::string &Picture() const { return m_picture; }
     // How many pictures the tab has shown.
     int PictureCount() const { return m_pictures; }
-    // The messages the tab gave, oldest first.
-    const std::vector<std::string> &Errors() const { return m_errors; }
 
 private:
     ProgressLine *m_progress = nullptr;
     std::function<void(const std::string &)> m_position;
-    std::vector<std::string> m_errors;
     std::string m_picture;
     int m_pictures = 0;
 };

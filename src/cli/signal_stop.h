@@ -22,8 +22,6 @@ public:
 
     // A signal has arrived. Any thread.
     bool StopRequested() const { return m_signal != 0; }
-    // The first signal that arrived, 0 when none.
-    int SignalNumber() const { return m_signal; }
 
 private:
     void Watch();

@@ -32,7 +32,6 @@ void HeadlessTab::CaptureFfplayWindow()
 
 ScreenPoint HeadlessTab::PreviewPaneOrigin() const
 {
-    ++m_paneOriginCalls;
     return ScreenPoint{m_paneLeft, m_paneTop};
 }
 

@@ -46,7 +46,6 @@ public:
     int DefaultSceneCalls() const { return m_defaultSceneCalls; }
     int CaptureCalls() const { return m_captureCalls; }
     // How often the engine asked where the picture pane stands.
-    int PaneOriginCalls() const { return m_paneOriginCalls; }
     // The picture pane's repaint flag as the last WM_APP_PREVIEW_REPAINT left it.
     bool PreviewRepaint() const { return m_previewRepaint; }
     void SetPreviewRepaint(bool bRepaint) { m_previewRepaint = bRepaint; }
@@ -73,7 +72,6 @@ private:
     std::atomic<int> m_captureCalls{0};
     std::atomic<int> m_paneLeft{0};
     std::atomic<int> m_paneTop{0};
-    mutable std::atomic<int> m_paneOriginCalls{0};
 };
 
 // A host with the scene tab (index 0) and the merge tab (index 1) on one message loop, owned

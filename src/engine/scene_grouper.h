@@ -42,8 +42,6 @@ public:
     // True once kMaxScenes scenes were emitted: the scan must stop its tool.
     bool LimitReached() const { return nSceneCount >= kMaxScenes; }
 
-    int ValidFrames() const { return nValidFrames; }
-    int CutFrames() const { return nCutFrames; }
     // A run is open (collecting) rather than pausing.
     bool InRun() const { return bInRun; }
     // First frame of the open run; after a run ended, the frame at which it ended.

@@ -40,7 +40,6 @@ public:
     void SetTabs(CTarnwickTab *pScene, CTarnwickTab *pMerge);
     // 0 the scene tab, any other value the merge tab.
     void SetActiveTab(int nTab) { m_activeTab = nTab; }
-    int ActiveTab() const { return m_activeTab; }
 
 private:
     std::atomic<engine::EngineTab *> m_scene{nullptr};
