@@ -200,8 +200,12 @@ TEST(CliRender, CtrlCDuringTheRenderLeavesNoFilmAndNoTool)
     EXPECT_FALSE(fs::exists(film));
     EXPECT_TRUE(testsupport::FilesMatching(clip + "_out", "trim").empty());
     EXPECT_EQ(testsupport::CountProcessesWith(dir.path()), 0);
-    EXPECT_FALSE(testsupport::FilesMatching(clip + "_out", "_seg_").empty())
-        << "the segments stay for the next render";
+    const std::vector<std::string> segments = testsupport::FilesMatching(clip + "_out", "_seg_");
+    EXPECT_FALSE(segments.empty()) << "the segments stay for the next render";
+    for (const std::string &segment : segments) {
+        EXPECT_EQ(segment.find(".partial."), std::string::npos) << segment;
+        EXPECT_GT(testsupport::DecodedFrames(segment), 0) << segment << " is whole";
+    }
 }
 
 TEST(CliRender, RunOnARealRecordingGivesAFilmThatPlays)
