@@ -17,6 +17,7 @@ class CliView : public workspace::TabView
 public:
     void ShowList(const std::vector<workspace::ListRow> &, int) override {}
     void ShowRow(int, const workspace::ListRow &) override {}
+    void SelectListRow(int) override {}
     void SetStatusPane(int nPane, const std::string &text) override;
     void SetProgress(int) override {}
     void SetProgressCount(int nDone, int nTotal) override;

@@ -210,19 +210,23 @@ void CTarnwickTab::BeginDrag(int nRow)
     SelectRow(nRow, 0);
 }
 
-void CTarnwickTab::DragOver(int nHitRow, int nTopRow, int nRowsPerPage, PointerZone zone)
+int CTarnwickTab::DragOver(int nHitRow, int nTopRow, int nRowsPerPage, PointerZone zone)
 {
     if (m_nDragRow < 0) {
-        return;
+        return nTopRow;
     }
-    const int target = DragTargetRow(nHitRow, nTopRow, nRowsPerPage, RowCount(), zone);
+    const int rows = RowCount();
+    const int top = DragScrollTopRow(nTopRow, nRowsPerPage, rows, zone);
+    const int target = DragTargetRow(nHitRow, top, nRowsPerPage, rows, zone);
     const int after = DragToRow(m_Data, m_nDragRow, target);
     if (after == m_nDragRow) {
-        return;
+        return top;
     }
     Renumber(); // both rows and every start behind them
     m_nDragRow = after;
+    m_view.SelectListRow(after);
     SelectRow(after, 0);
+    return top;
 }
 
 ControlFacts CTarnwickTab::CommonFacts(bool bEnable) const

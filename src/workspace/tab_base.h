@@ -124,9 +124,12 @@ public:
     // ---- The list ----
     virtual void SelectRow(int nRow, int nColumn) = 0;
     // Row drag: a row taken (not while a render job runs), carried over the list (the rows
-    // swap as the pointer passes), let go.
+    // swap as the pointer passes), let go. DragOver takes the row under the pointer (-1 for
+    // none), the first visible row and how many rows a page shows; above or below the list it
+    // scrolls one line and carries the row to the edge. Returns the first row the list is to
+    // show now.
     void BeginDrag(int nRow);
-    void DragOver(int nHitRow, int nTopRow, int nRowsPerPage, PointerZone zone);
+    int DragOver(int nHitRow, int nTopRow, int nRowsPerPage, PointerZone zone);
     void EndDrag() { m_nDragRow = -1; }
     int DragRow() const { return m_nDragRow; }
 

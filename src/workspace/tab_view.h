@@ -148,6 +148,8 @@ public:
     virtual void ShowList(const std::vector<ListRow> &rows, int nSelect) = 0;
     // One row rewritten (its index exists on the list).
     virtual void ShowRow(int nRow, const ListRow &row) = 0;
+    // The list's current row is nRow now (a row carried by a drag); the list keeps its scroll.
+    virtual void SelectListRow(int nRow) = 0;
     virtual void SetStatusPane(int nPane, const std::string &text) = 0;
     virtual void SetProgress(int nPercent) = 0;
     // How much of the stage's total is done (frames, or scenes), as the progress pane shows

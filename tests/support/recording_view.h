@@ -18,6 +18,7 @@ class RecordingView : public workspace::TabView
 public:
     void ShowList(const std::vector<workspace::ListRow> &rows, int nSelect) override;
     void ShowRow(int nRow, const workspace::ListRow &row) override;
+    void SelectListRow(int nRow) override { selected = nRow; }
     void SetStatusPane(int nPane, const std::string &text) override;
     void SetProgress(int nPercent) override;
     void SetProgressCount(int nDone, int nTotal) override

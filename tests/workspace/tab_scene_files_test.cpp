@@ -292,3 +292,54 @@ TEST(SceneTabOutputNames, FolderThatCannotBeMadeChangesNothingAndIsNamed)
 }
 
 } // namespace
+
+namespace {
+
+// A project of ten 10-frame scenes whose segments are named after their first frames.
+void FillTenScenes(core::CTarnwickData &data)
+{
+    data.input_file = "/nowhere/clip.mp4";
+    data.output_folder = "/nowhere/out/";
+    data.output_name = "clip_trim.mp4";
+    data.viInput.fps = 30;
+    data.viInput.frame_num = 300;
+    data.viCurrent = data.viInput;
+    for (int i = 0; i < 10; ++i) {
+        data.diff_list.emplace_back(i * 10, i * 10 + 9, "/seg/" + std::to_string(i * 10) + ".mp4");
+    }
+    data.list_idx = 0;
+}
+
+TEST(SceneTabDrag, HeldBelowTheListTheRowScrollsDownAndStopsAtTheLastRow)
+{
+    SceneRig rig;
+    FillTenScenes(rig.tab.Data());
+    rig.tab.BeginDrag(0);
+    int top = 0;
+    std::vector<int> tops;
+    for (int step = 0; step < 12; ++step) {
+        top = rig.tab.DragOver(-1, top, 4, workspace::PointerZone::Below);
+        tops.push_back(top);
+    }
+    rig.tab.EndDrag();
+    EXPECT_EQ(tops.front(), 1) << "one line down at a time";
+    EXPECT_EQ(top, 6) << "the last page shows rows 7 to 10";
+    EXPECT_EQ(rig.tab.Data().diff_list[9].fileName, "/seg/0.mp4");
+    EXPECT_EQ(rig.tab.Data().list_idx, 9);
+    EXPECT_EQ(rig.view.selected, 9);
+}
+
+TEST(SceneTabDrag, PointerInsideTheListOverNoRowMovesNothing)
+{
+    SceneRig rig;
+    FillTenScenes(rig.tab.Data());
+    rig.tab.BeginDrag(2);
+    EXPECT_EQ(rig.tab.DragOver(-1, 3, 4, workspace::PointerZone::Inside), 3);
+    rig.tab.EndDrag();
+    EXPECT_EQ(rig.tab.Data().diff_list[2].fileName, "/seg/20.mp4");
+    // Without a drag the pointer changes nothing either.
+    EXPECT_EQ(rig.tab.DragOver(5, 3, 4, workspace::PointerZone::Below), 3);
+    EXPECT_EQ(rig.tab.Data().diff_list[5].fileName, "/seg/50.mp4");
+}
+
+} // namespace
