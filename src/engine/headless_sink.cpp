@@ -50,6 +50,11 @@ void HeadlessSink::SendTo(const Handler &handler, const JobMessage &msg)
     }
     m_queue.push_back(Item{handler, msg, &done});
     m_arrived.notify_all();
+    if (std::function<void()> notice = m_notice) {
+        lock.unlock();
+        notice();
+        lock.lock();
+    }
     m_handled.wait(lock, [&done] { return done; });
 }
 
@@ -60,12 +65,25 @@ void HeadlessSink::PostTo(Handler handler, const JobMessage &msg)
 
 void HeadlessSink::Enqueue(Item item)
 {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    if (m_closed) {
-        return;
+    std::function<void()> notice;
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        if (m_closed) {
+            return;
+        }
+        m_queue.push_back(std::move(item));
+        m_arrived.notify_all();
+        notice = m_notice;
     }
-    m_queue.push_back(std::move(item));
-    m_arrived.notify_all();
+    if (notice) {
+        notice();
+    }
+}
+
+void HeadlessSink::SetArrivalNotice(std::function<void()> notice)
+{
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_notice = std::move(notice);
 }
 
 void HeadlessSink::PumpMessages()
@@ -111,9 +129,16 @@ void HeadlessSink::RunUntil(const std::function<bool()> &done)
 
 void HeadlessSink::Wake()
 {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    m_woken = true;
-    m_arrived.notify_all();
+    std::function<void()> notice;
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        m_woken = true;
+        m_arrived.notify_all();
+        notice = m_notice;
+    }
+    if (notice) {
+        notice();
+    }
 }
 
 bool HeadlessSink::IsOwningThread() const

@@ -45,6 +45,10 @@ public:
     void RunUntil(const std::function<bool()> &done);
     // Any thread: makes RunUntil test its condition now.
     void Wake();
+    // For a loop of its own (a window's event loop) instead of RunUntil: notice is called on
+    // the queuing thread after each message is queued and after each Wake, and the owning
+    // thread is then to call PumpMessages. Empty: no notice.
+    void SetArrivalNotice(std::function<void()> notice);
 
     bool IsOwningThread() const;
 
@@ -60,7 +64,8 @@ private:
 
     const std::thread::id m_owner;
     Handler m_handler;  // set by the constructor
-    std::mutex m_mutex; // guards m_queue, m_woken, m_closed and the flags behind Item::pDone
+    std::mutex m_mutex; // guards m_queue, m_woken, m_closed, m_notice and Item::pDone's flags
+    std::function<void()> m_notice;
     std::condition_variable m_arrived; // a message was queued, or Wake
     std::condition_variable m_handled; // a sent message was handled
     std::deque<Item> m_queue;

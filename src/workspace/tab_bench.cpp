@@ -41,6 +41,16 @@ void TabBench::Wake()
     m_loop->Wake();
 }
 
+void TabBench::SetMessageNotice(std::function<void()> notice)
+{
+    m_loop->SetArrivalNotice(std::move(notice));
+}
+
+void TabBench::ServeMessages()
+{
+    m_loop->PumpMessages();
+}
+
 bool TabBench::WaitForJob(CTarnwickTab &tab, const std::function<bool()> &stopRequested)
 {
     RunUntil([&] { return !tab.IsJobRunning() || stopRequested(); });

@@ -40,6 +40,12 @@ public:
     void RunUntil(const std::function<bool()> &done);
     // Any thread: makes RunUntil test its condition now.
     void Wake();
+    // A window's own event loop instead of RunUntil: notice is called on any thread whenever
+    // a message for the tabs waits (and on Wake); the window then calls ServeMessages on the
+    // owning thread, soon, without blocking its loop meanwhile.
+    void SetMessageNotice(std::function<void()> notice);
+    // Owning thread: handles every message waiting now.
+    void ServeMessages();
     // Serves messages until tab's job has ended, or until stopRequested() holds, which stops
     // the job (no tool is left). True when the job ended by itself.
     bool WaitForJob(CTarnwickTab &tab, const std::function<bool()> &stopRequested);
