@@ -7,6 +7,7 @@
 #include <ostream>
 #include <vector>
 
+#include "cli/arg_problems.h"
 #include "cli/cli_support.h"
 #include "cli/scan_session.h"
 #include "core/language.h"
@@ -15,8 +16,6 @@
 
 namespace cli {
 namespace {
-
-constexpr const char *kAutoPictureUsage = "Usage: tarnwickmp4-cli autopicture VIDEO\n";
 
 // Opens video on the scene tab with its working files in folder and runs the tab's automatic
 // picture; the exit status, or -1 when the four values stand in the tab's project.
@@ -38,9 +37,13 @@ int Measure(ScanSession &session,
 
 int RunAutoPicture(const std::vector<std::string> &args, CliOutput &io)
 {
-    if (args.size() != 1 || (args[0].size() > 1 && args[0][0] == '-')) {
-        io.err << kAutoPictureUsage;
-        return kExitBadInput;
+    if (args.empty()) {
+        return ArgumentProblem(io, "autopicture", MissingArgument("VIDEO"));
+    }
+    for (size_t i = 0; i < args.size(); ++i) {
+        if (i > 0 || (args[i].size() > 1 && args[i][0] == '-')) {
+            return ArgumentProblem(io, "autopicture", UnexpectedArgument(args[i]));
+        }
     }
     const std::string &video = args[0];
     std::string problem = core::PathProblem(video);

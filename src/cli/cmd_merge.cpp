@@ -14,6 +14,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "cli/arg_problems.h"
 #include "cli/cli_support.h"
 #include "cli/commands.h"
 #include "cli/job_guard.h"
@@ -28,9 +29,6 @@ namespace cli {
 namespace {
 
 constexpr const char *kHead = "tarnwickmp4-cli merge: ";
-constexpr const char *kMergeUsage =
-    "Usage: tarnwickmp4-cli merge --size WxH --rate N/D [--transition] [--output-folder DIR] "
-    "-o NAME [--json] FILE...\n";
 
 struct MergeArgs
 {
@@ -86,17 +84,15 @@ std::string RateList()
     return list;
 }
 
-// Parses the arguments. An error line, or empty with usage set when the usage is to be shown.
-std::string ParseMergeArgs(const std::vector<std::string> &args, MergeArgs &parsed, bool &usage)
+// Parses the arguments. Returns what is wrong with them, or an empty text.
+std::string ParseMergeArgs(const std::vector<std::string> &args, MergeArgs &parsed)
 {
-    usage = false;
     for (size_t i = 0; i < args.size(); ++i) {
         const std::string &arg = args[i];
         const bool takesValue = arg == "--size" || arg == "--rate" || arg == "--output-folder" ||
                                 arg == "-o" || arg == "--output-name";
         if (takesValue && (i + 1 >= args.size() || args[i + 1].empty())) {
-            usage = true;
-            return "";
+            return NeedsValue(arg);
         }
         if (arg == "--size") {
             parsed.nSizeIndex = SizeIndexOf(args[++i]);
@@ -117,15 +113,16 @@ std::string ParseMergeArgs(const std::vector<std::string> &args, MergeArgs &pars
         } else if (arg == "--json") {
             parsed.json = true;
         } else if (arg.size() > 1 && arg[0] == '-') {
-            usage = true;
-            return "";
+            return UnexpectedArgument(arg);
         } else if (!arg.empty()) {
             parsed.files.push_back(arg);
         }
     }
-    usage = parsed.files.empty() || parsed.outputName.empty() || parsed.nSizeIndex < 0 ||
-            parsed.nRateIndex < 0;
-    return "";
+    return parsed.nSizeIndex < 0       ? MissingArgument("--size WxH")
+           : parsed.nRateIndex < 0     ? MissingArgument("--rate N/D")
+           : parsed.outputName.empty() ? MissingArgument("-o NAME")
+           : parsed.files.empty()      ? MissingArgument("FILE")
+                                       : "";
 }
 
 // Every file must be readable, and two different files must not share a segment name. The
@@ -197,15 +194,11 @@ std::string FirstUnanalysed(core::CTarnwickData &data)
 int RunMerge(const std::vector<std::string> &args, CliOutput &io)
 {
     MergeArgs parsed;
-    bool usage = false;
-    std::string problem = ParseMergeArgs(args, parsed, usage);
-    if (usage) {
-        io.err << kMergeUsage;
-        return kExitBadInput;
+    std::string problem = ParseMergeArgs(args, parsed);
+    if (!problem.empty()) {
+        return ArgumentProblem(io, "merge", problem);
     }
-    if (problem.empty()) {
-        problem = CheckOutputOptions(parsed.outputFolder, parsed.outputName);
-    }
+    problem = CheckOutputOptions(parsed.outputFolder, parsed.outputName);
     if (!problem.empty()) {
         io.err << kHead << problem << "\n";
         return kExitBadInput;

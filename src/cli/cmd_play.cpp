@@ -4,14 +4,13 @@
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
-#include <optional>
 #include <ostream>
-#include <regex>
 #include <string>
 #include <vector>
 
 #include <unistd.h>
 
+#include "cli/arg_problems.h"
 #include "cli/cli_support.h"
 #include "cli/commands.h"
 #include "cli/scan_session.h"
@@ -22,8 +21,6 @@
 namespace cli {
 namespace {
 
-constexpr const char *kPlayUsage =
-    "Usage: tarnwickmp4-cli play VIDEO [--from SECONDS] [--volume N]   (N from 0 to 100)\n";
 constexpr const char *kNotReadable = "is not a readable file";
 
 struct PlayArgs
@@ -33,29 +30,31 @@ struct PlayArgs
     int volume = -1;  // 0 to 100; -1: the project's default
 };
 
-std::optional<PlayArgs> ParsePlayArgs(const std::vector<std::string> &args)
+// Returns what is wrong with the arguments, or an empty text.
+std::string ParsePlayArgs(const std::vector<std::string> &args, PlayArgs &parsed)
 {
-    static const std::regex seconds("[0-9]{1,9}(\\.[0-9]{1,9})?");
-    static const std::regex volume("[0-9]{1,3}");
-    PlayArgs parsed;
     for (size_t i = 0; i < args.size(); ++i) {
         const std::string &arg = args[i];
-        const bool hasValue = i + 1 < args.size();
-        if (arg == "--from" && hasValue && std::regex_match(args[i + 1], seconds)) {
-            parsed.from = args[++i];
-        } else if (arg == "--volume" && hasValue && std::regex_match(args[i + 1], volume) &&
-                   std::stoi(args[i + 1]) <= 100) {
-            parsed.volume = std::stoi(args[++i]);
+        if (arg == "--from" || arg == "--volume") {
+            if (i + 1 >= args.size()) {
+                return NeedsValue(arg);
+            }
+            const std::string &value = args[++i];
+            if (arg == "--from") {
+                if (!IsSecondsText(value)) {
+                    return NotSeconds(arg, value);
+                }
+                parsed.from = value;
+            } else if (!ParseWholeNumber(value, 0, 100, parsed.volume)) {
+                return NotWholeNumber(arg, value, 0, 100);
+            }
         } else if (parsed.video.empty() && !arg.empty() && arg[0] != '-') {
             parsed.video = arg;
         } else {
-            return std::nullopt;
+            return UnexpectedArgument(arg);
         }
     }
-    if (parsed.video.empty()) {
-        return std::nullopt;
-    }
-    return parsed;
+    return parsed.video.empty() ? MissingArgument("VIDEO") : "";
 }
 
 // The position line on standard error: the tab's position readout, drawn in place on a
@@ -153,15 +152,15 @@ int Play(ScanSession &session,
 
 int RunPlay(const std::vector<std::string> &args, CliOutput &io)
 {
-    std::optional<PlayArgs> parsed = ParsePlayArgs(args);
-    if (!parsed) {
-        io.err << kPlayUsage;
-        return kExitBadInput;
+    PlayArgs parsed;
+    const std::string error = ParsePlayArgs(args, parsed);
+    if (!error.empty()) {
+        return ArgumentProblem(io, "play", error);
     }
     const std::string head = "tarnwickmp4-cli play: ";
-    std::string problem = CheckInputFile(parsed->video, kNotReadable, kNotReadable);
+    std::string problem = CheckInputFile(parsed.video, kNotReadable, kNotReadable);
     if (!problem.empty()) {
-        io.err << head << PrintablePath(parsed->video) << ": " << problem << "\n";
+        io.err << head << PrintablePath(parsed.video) << ": " << problem << "\n";
         return kExitBadInput;
     }
     const char *display = std::getenv("DISPLAY");
@@ -169,7 +168,7 @@ int RunPlay(const std::vector<std::string> &args, CliOutput &io)
         io.err << head << "no X display to play on: DISPLAY is not set\n";
         return kExitFailed;
     }
-    const std::string video = std::filesystem::absolute(parsed->video).string();
+    const std::string video = std::filesystem::absolute(parsed.video).string();
     const std::string folder = MakeTemporaryFolder("tarnwickmp4-play");
     if (folder.empty()) {
         io.err << head << "no temporary folder for the working files\n";
@@ -179,7 +178,7 @@ int RunPlay(const std::vector<std::string> &args, CliOutput &io)
     {
         // The session ends before its folder goes: its threads write there.
         ScanSession session;
-        status = Play(session, video, folder, *parsed, io);
+        status = Play(session, video, folder, parsed, io);
     }
     core::DeleteTree(core::SetTrailingSeparator(folder, false));
     return status;

@@ -1,11 +1,11 @@
 // tarnwickmp4-cli probe: the stream facts of a file as JSON, or ffprobe's own JSON by kind.
 #include "cli/commands.h"
 
-#include <optional>
 #include <ostream>
 
 #include <nlohmann/json.hpp>
 
+#include "cli/arg_problems.h"
 #include "cli/cli_support.h"
 #include "cli/scan_session.h"
 #include "core/tarnwick_data.h"
@@ -13,7 +13,6 @@
 namespace cli {
 namespace {
 
-constexpr const char *kProbeUsage = "probe FILE [--kind N]   (N from 1 to 5)";
 // What the probe says of a folder and of a file it may not read alike.
 constexpr const char *kNotReadable = "is not a readable file";
 
@@ -23,26 +22,29 @@ struct ProbeArgs
     int kind = 0; // 0: the stream facts; 1 to 5: ffprobe's text
 };
 
-std::optional<ProbeArgs> ParseProbeArgs(const std::vector<std::string> &args)
+// Returns what is wrong with the arguments, or an empty text.
+std::string ParseProbeArgs(const std::vector<std::string> &args, ProbeArgs &parsed)
 {
-    ProbeArgs parsed;
     for (size_t i = 0; i < args.size(); ++i) {
-        if (args[i] == "--kind") {
-            if (i + 1 >= args.size() || args[i + 1].size() != 1 || args[i + 1][0] < '1' ||
-                args[i + 1][0] > '5' || parsed.kind != 0) {
-                return std::nullopt;
+        const std::string &arg = args[i];
+        if (arg == "--kind") {
+            if (parsed.kind != 0) {
+                return "--kind is given twice";
             }
-            parsed.kind = args[++i][0] - '0';
-        } else if (parsed.file.empty() && !args[i].empty()) {
-            parsed.file = args[i];
+            if (i + 1 >= args.size()) {
+                return NeedsValue(arg);
+            }
+            if (!ParseWholeNumber(args[i + 1], 1, 5, parsed.kind)) {
+                return NotWholeNumber(arg, args[i + 1], 1, 5);
+            }
+            ++i;
+        } else if (parsed.file.empty() && !arg.empty() && !(arg.size() > 1 && arg[0] == '-')) {
+            parsed.file = arg;
         } else {
-            return std::nullopt;
+            return UnexpectedArgument(arg);
         }
     }
-    if (parsed.file.empty()) {
-        return std::nullopt;
-    }
-    return parsed;
+    return parsed.file.empty() ? MissingArgument("FILE") : "";
 }
 
 std::string FactsJson(const core::VideoInfo &info)
@@ -66,12 +68,12 @@ std::string FactsJson(const core::VideoInfo &info)
 
 int RunProbe(const std::vector<std::string> &args, CliOutput &io)
 {
-    std::optional<ProbeArgs> parsed = ParseProbeArgs(args);
-    if (!parsed) {
-        io.err << "Usage: tarnwickmp4-cli " << kProbeUsage << "\n";
-        return kExitBadInput;
+    ProbeArgs parsed;
+    const std::string error = ParseProbeArgs(args, parsed);
+    if (!error.empty()) {
+        return ArgumentProblem(io, "probe", error);
     }
-    const std::string &file = parsed->file;
+    const std::string &file = parsed.file;
     std::string problem = UnusablePath(file);
     if (!problem.empty()) {
         io.err << "tarnwickmp4-cli probe: " << PrintablePath(file) << ": " << problem << "\n";
@@ -85,7 +87,7 @@ int RunProbe(const std::vector<std::string> &args, CliOutput &io)
     // The probe runs as a job of the scene tab, so that Ctrl-C reaches the tool.
     ScanSession session;
     workspace::CTarnwickTabScene &tab = session.Tab();
-    const int kind = parsed->kind;
+    const int kind = parsed.kind;
     const JobOutcome outcome = session.RunJob([&] { tab.StartProbe(file, kind); });
     if (outcome.stopped) {
         io.err << "tarnwickmp4-cli probe: " << file << ": stopped\n";

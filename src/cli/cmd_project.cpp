@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "cli/arg_problems.h"
 #include "cli/cli_support.h"
 #include "cli/commands.h"
 #include "cli/scan_session.h"
@@ -13,16 +14,14 @@
 namespace cli {
 namespace {
 
-constexpr char kProjectUsage[] = "Usage: tarnwickmp4-cli project check FILE [--write OUT]\n";
-
 struct CheckArgs
 {
     std::string file;
     std::string writePath; // empty: nothing is written
 };
 
-// False on a missing FILE, a second FILE, an unknown option or "--write" without its value.
-bool ParseCheckArgs(const std::vector<std::string> &args, CheckArgs &parsed)
+// The arguments behind "check". Returns what is wrong with them, or an empty text.
+std::string ParseCheckArgs(const std::vector<std::string> &args, CheckArgs &parsed)
 {
     bool optionsEnded = false;
     bool haveFile = false;
@@ -32,22 +31,22 @@ bool ParseCheckArgs(const std::vector<std::string> &args, CheckArgs &parsed)
         if (!optionsEnded && arg == "--") {
             optionsEnded = true;
         } else if (!optionsEnded && arg == "--write") {
-            if (haveWrite || i + 1 >= args.size() || args[i + 1].empty()) {
-                return false;
+            if (haveWrite) {
+                return "--write is given twice";
+            }
+            if (i + 1 >= args.size() || args[i + 1].empty()) {
+                return NeedsValue(arg);
             }
             parsed.writePath = args[++i];
             haveWrite = true;
-        } else if (!optionsEnded && arg.size() > 1 && arg[0] == '-') {
-            return false;
+        } else if ((!optionsEnded && arg.size() > 1 && arg[0] == '-') || haveFile || arg.empty()) {
+            return UnexpectedArgument(arg);
         } else {
-            if (haveFile || arg.empty()) {
-                return false;
-            }
             parsed.file = arg;
             haveFile = true;
         }
     }
-    return haveFile;
+    return haveFile ? "" : MissingArgument("FILE");
 }
 
 void PrintFacts(const core::CTarnwickData &data, std::ostream &out)
@@ -65,10 +64,19 @@ void PrintFacts(const core::CTarnwickData &data, std::ostream &out)
 
 int RunProjectCommand(const std::vector<std::string> &args, CliOutput &io)
 {
+    if (args.empty()) {
+        return ArgumentProblem(io, "project", "the command word \"check\" is missing");
+    }
+    if (args[0] != "check") {
+        return ArgumentProblem(io,
+                               "project",
+                               "\"" + PrintablePath(args[0]) + "\" is not a project command; " +
+                                   "\"check\" is the one there is");
+    }
     CheckArgs parsed;
-    if (args.empty() || args[0] != "check" || !ParseCheckArgs(args, parsed)) {
-        io.err << kProjectUsage;
-        return kExitBadInput;
+    const std::string error = ParseCheckArgs(args, parsed);
+    if (!error.empty()) {
+        return ArgumentProblem(io, "project", error);
     }
     for (const std::string &path : {parsed.file, parsed.writePath}) {
         std::string problem = path.empty() ? "" : UnusablePath(path);

@@ -9,6 +9,7 @@
 #include <nlohmann/json.hpp>
 #include <unistd.h>
 
+#include "cli/arg_problems.h"
 #include "cli/cli_support.h"
 #include "cli/commands.h"
 #include "cli/progress_line.h"
@@ -26,31 +27,32 @@ struct RenderArgs
     bool json = false;
 };
 
-// The arguments of render or segments; an error line in error when a value is wrong. False
-// when the usage should be shown (error empty) or a value is wrong.
-bool ParseRenderArgs(const std::vector<std::string> &args, RenderArgs &parsed, std::string &error)
+// The arguments of render or segments. Returns what is wrong with them, or an empty text.
+std::string
+ParseRenderArgs(const std::vector<std::string> &args, const char *command, RenderArgs &parsed)
 {
     for (size_t i = 0; i < args.size(); ++i) {
         const std::string &arg = args[i];
+        std::string error;
         switch (ParseProjectOption(args, i, kAllProjectOptions, parsed.options, error)) {
         case OptionParse::Taken:
             continue;
         case OptionParse::Wrong:
-            return false;
+            return error;
         case OptionParse::NotMine:
             break;
         }
         if (arg == "--json") {
             parsed.json = true;
         } else if (arg.size() > 1 && arg[0] == '-') {
-            return false;
+            return OptionNotTaken(arg, command);
         } else if (parsed.project.empty() && !arg.empty()) {
             parsed.project = arg;
         } else {
-            return false;
+            return UnexpectedArgument(arg);
         }
     }
-    return !parsed.project.empty();
+    return parsed.project.empty() ? MissingArgument("PROJECT") : "";
 }
 
 // Enabled scenes of the project.
@@ -135,15 +137,9 @@ int RunProjectJob(const std::string &command,
 {
     const std::string head = "tarnwickmp4-cli " + command + ": ";
     RenderArgs parsed;
-    std::string error;
-    if (!ParseRenderArgs(args, parsed, error)) {
-        if (!error.empty()) {
-            io.err << head << error << "\n";
-        } else {
-            io.err << "Usage: tarnwickmp4-cli " << command << " PROJECT"
-                   << ProjectOptionsUsage(kAllProjectOptions) << " [--json]\n";
-        }
-        return kExitBadInput;
+    const std::string error = ParseRenderArgs(args, command.c_str(), parsed);
+    if (!error.empty()) {
+        return ArgumentProblem(io, command.c_str(), error);
     }
     std::string problem = UnusablePath(parsed.project);
     if (problem.empty()) {

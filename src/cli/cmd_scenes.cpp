@@ -1,9 +1,8 @@
 // tarnwickmp4-cli scenes and edit: the scene list of a saved project as the scene tab shows it,
 // and the list commands of the tab (tick, untick, split, delete, duplicate, move, captions,
 // title, watermark) applied to it, with the project saved again.
-#include <cerrno>
-#include <cstdlib>
 #include <filesystem>
+#include <initializer_list>
 #include <iomanip>
 #include <ostream>
 #include <string>
@@ -11,6 +10,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "cli/arg_problems.h"
 #include "cli/cli_support.h"
 #include "cli/commands.h"
 #include "cli/scan_session.h"
@@ -21,23 +21,6 @@
 
 namespace cli {
 namespace {
-
-constexpr const char *kScenesUsage = "Usage: tarnwickmp4-cli scenes PROJECT [--json]\n";
-constexpr const char *kEditUsage =
-    "Usage: tarnwickmp4-cli edit PROJECT [--tick N] [--untick N] [--split N AT] [--delete N] "
-    "[--duplicate N] [--move N TO] [--caption N TEXT] [--title TEXT] [--watermark TEXT]\n";
-
-bool ParseInt(const std::string &text, int &value)
-{
-    char *end = nullptr;
-    errno = 0;
-    long number = std::strtol(text.c_str(), &end, 10);
-    if (text.empty() || *end != '\0' || errno != 0 || number < -1000000000 || number > 1000000000) {
-        return false;
-    }
-    value = static_cast<int>(number);
-    return true;
-}
 
 // Opens the project named by path on the session's scene tab, its list alone; prints why not
 // on err and returns false.
@@ -98,26 +81,51 @@ void PrintScenesTable(const std::vector<workspace::ListRow> &rows, std::ostream 
     }
 }
 
-// The edits of the command line in the order given; false on a malformed option.
-bool ParseEdits(const std::vector<std::string> &args,
-                std::string &project,
-                std::vector<workspace::SceneEdit> &edits)
+// A number of an edit: scene numbers, frames and positions alike; what the list makes of it
+// is the list's to say.
+bool ParseEditNumber(const std::string &text, int &value)
+{
+    return ParseWholeNumber(text, -1000000000, 1000000000, value);
+}
+
+// The edits of the command line in the order given. Returns what is wrong with them, or an
+// empty text.
+std::string ParseEdits(const std::vector<std::string> &args,
+                       std::string &project,
+                       std::vector<workspace::SceneEdit> &edits)
 {
     using Kind = workspace::SceneEdit::Kind;
     for (size_t i = 0; i < args.size(); ++i) {
         const std::string &arg = args[i];
-        auto need = [&](size_t n) { return i + n < args.size(); };
         workspace::SceneEdit edit;
+        // The values that must follow arg, named as the usage line names them ("N", "AT").
+        auto need = [&](std::initializer_list<const char *> words) -> std::string {
+            if (i + words.size() < args.size()) {
+                return "";
+            }
+            std::string names;
+            for (const char *word : words) {
+                names += (names.empty() ? "" : " ") + std::string(word);
+            }
+            return arg + " needs " + names;
+        };
+        auto notNumber = [&](size_t at, const char *what) {
+            return arg + ": \"" + PrintablePath(args[at]) + "\" is not " + what;
+        };
+        std::string problem;
         if (arg == "--title" || arg == "--watermark") {
-            if (!need(1)) {
-                return false;
+            if (!(problem = need({"TEXT"})).empty()) {
+                return problem;
             }
             edit.kind = arg == "--title" ? Kind::Title : Kind::Watermark;
             edit.text = args[++i];
         } else if (arg == "--tick" || arg == "--untick" || arg == "--delete" ||
                    arg == "--duplicate") {
-            if (!need(1) || !ParseInt(args[i + 1], edit.nScene)) {
-                return false;
+            if (!(problem = need({"N"})).empty()) {
+                return problem;
+            }
+            if (!ParseEditNumber(args[i + 1], edit.nScene)) {
+                return notNumber(i + 1, "a scene number");
             }
             ++i;
             edit.kind = arg == "--tick"     ? Kind::Tick
@@ -125,30 +133,37 @@ bool ParseEdits(const std::vector<std::string> &args,
                         : arg == "--delete" ? Kind::Delete
                                             : Kind::Duplicate;
         } else if (arg == "--split" || arg == "--move") {
-            if (!need(2) || !ParseInt(args[i + 1], edit.nScene) ||
-                !ParseInt(args[i + 2], edit.nValue)) {
-                return false;
+            const bool split = arg == "--split";
+            if (!(problem = need({"N", split ? "AT" : "TO"})).empty()) {
+                return problem;
+            }
+            if (!ParseEditNumber(args[i + 1], edit.nScene)) {
+                return notNumber(i + 1, "a scene number");
+            }
+            if (!ParseEditNumber(args[i + 2], edit.nValue)) {
+                return notNumber(i + 2, split ? "a frame number" : "a position in the list");
             }
             i += 2;
-            edit.kind = arg == "--split" ? Kind::Split : Kind::Move;
+            edit.kind = split ? Kind::Split : Kind::Move;
         } else if (arg == "--caption") {
-            if (!need(2) || !ParseInt(args[i + 1], edit.nScene)) {
-                return false;
+            if (!(problem = need({"N", "TEXT"})).empty()) {
+                return problem;
+            }
+            if (!ParseEditNumber(args[i + 1], edit.nScene)) {
+                return notNumber(i + 1, "a scene number");
             }
             edit.kind = Kind::Caption;
             edit.text = args[i + 2];
             i += 2;
-        } else if (arg.size() > 1 && arg[0] == '-') {
-            return false;
-        } else if (project.empty() && !arg.empty()) {
+        } else if (project.empty() && !arg.empty() && arg[0] != '-') {
             project = arg;
             continue;
         } else {
-            return false;
+            return UnexpectedArgument(arg);
         }
         edits.push_back(edit);
     }
-    return !project.empty();
+    return project.empty() ? MissingArgument("PROJECT") : "";
 }
 
 } // namespace
@@ -163,13 +178,11 @@ int RunScenes(const std::vector<std::string> &args, CliOutput &io)
         } else if (project.empty() && !arg.empty() && arg[0] != '-') {
             project = arg;
         } else {
-            io.err << kScenesUsage;
-            return kExitBadInput;
+            return ArgumentProblem(io, "scenes", UnexpectedArgument(arg));
         }
     }
     if (project.empty()) {
-        io.err << kScenesUsage;
-        return kExitBadInput;
+        return ArgumentProblem(io, "scenes", MissingArgument("PROJECT"));
     }
     ScanSession session;
     if (!OpenList("scenes", project, session, io.err)) {
@@ -187,9 +200,9 @@ int RunEdit(const std::vector<std::string> &args, CliOutput &io)
 {
     std::string project;
     std::vector<workspace::SceneEdit> edits;
-    if (!ParseEdits(args, project, edits)) {
-        io.err << kEditUsage;
-        return kExitBadInput;
+    const std::string error = ParseEdits(args, project, edits);
+    if (!error.empty()) {
+        return ArgumentProblem(io, "edit", error);
     }
     const std::string head = "tarnwickmp4-cli edit: ";
     ScanSession session;

@@ -2,12 +2,11 @@
 // pane gets it; prints the JPEG's path.
 #include <cmath>
 #include <filesystem>
-#include <optional>
 #include <ostream>
-#include <regex>
 #include <string>
 #include <vector>
 
+#include "cli/arg_problems.h"
 #include "cli/cli_support.h"
 #include "cli/commands.h"
 #include "cli/scan_session.h"
@@ -17,8 +16,6 @@
 namespace cli {
 namespace {
 
-constexpr const char *kStillUsage =
-    "Usage: tarnwickmp4-cli still VIDEO [--at SECONDS] [--scene N] [--project PROJECT]\n";
 constexpr const char *kNotReadable = "is not a readable file";
 
 struct StillArgs
@@ -29,36 +26,38 @@ struct StillArgs
     std::string project;  // empty: a new project for VIDEO
 };
 
-// Seconds as plain decimal text: digits with an optional fraction.
-bool IsSecondsText(const std::string &text)
+// Returns what is wrong with the arguments, or an empty text.
+std::string ParseStillArgs(const std::vector<std::string> &args, StillArgs &parsed)
 {
-    static const std::regex seconds("[0-9]{1,9}(\\.[0-9]{1,9})?");
-    return std::regex_match(text, seconds);
-}
-
-std::optional<StillArgs> ParseStillArgs(const std::vector<std::string> &args)
-{
-    StillArgs parsed;
     for (size_t i = 0; i < args.size(); ++i) {
         const std::string &arg = args[i];
-        const bool hasValue = i + 1 < args.size() && !args[i + 1].empty();
-        if (arg == "--at" && hasValue && IsSecondsText(args[i + 1])) {
-            parsed.at = args[++i];
-        } else if (arg == "--scene" && hasValue &&
-                   std::regex_match(args[i + 1], std::regex("[1-9][0-9]{0,5}"))) {
-            parsed.scene = std::stoi(args[++i]);
-        } else if (arg == "--project" && hasValue) {
-            parsed.project = args[++i];
+        if (arg == "--at" || arg == "--scene" || arg == "--project") {
+            if (i + 1 >= args.size() || args[i + 1].empty()) {
+                return NeedsValue(arg);
+            }
+            const std::string &value = args[++i];
+            if (arg == "--at") {
+                if (!IsSecondsText(value)) {
+                    return NotSeconds(arg, value);
+                }
+                parsed.at = value;
+            } else if (arg == "--scene") {
+                if (!ParseWholeNumber(value, 1, 999999, parsed.scene)) {
+                    return NotWholeNumber(arg, value, 1, 999999);
+                }
+            } else {
+                parsed.project = value;
+            }
         } else if (parsed.video.empty() && !arg.empty() && arg[0] != '-') {
             parsed.video = arg;
         } else {
-            return std::nullopt;
+            return UnexpectedArgument(arg);
         }
     }
-    if (parsed.video.empty() || (parsed.scene != 0 && parsed.project.empty())) {
-        return std::nullopt;
+    if (parsed.video.empty()) {
+        return MissingArgument("VIDEO");
     }
-    return parsed;
+    return parsed.scene != 0 && parsed.project.empty() ? "--scene needs --project PROJECT" : "";
 }
 
 // The project the still is made in: the given one, or a new one for the video. Empty when it
@@ -93,36 +92,36 @@ std::string PrepareStillProject(core::CTarnwickData &data, const StillArgs &args
 
 int RunStill(const std::vector<std::string> &args, CliOutput &io)
 {
-    std::optional<StillArgs> parsed = ParseStillArgs(args);
-    if (!parsed) {
-        io.err << kStillUsage;
-        return kExitBadInput;
+    StillArgs parsed;
+    const std::string error = ParseStillArgs(args, parsed);
+    if (!error.empty()) {
+        return ArgumentProblem(io, "still", error);
     }
     const std::string head = "tarnwickmp4-cli still: ";
-    const std::string video = std::filesystem::absolute(parsed->video).string();
-    std::string problem = CheckInputFile(parsed->video, kNotReadable, kNotReadable);
+    const std::string video = std::filesystem::absolute(parsed.video).string();
+    std::string problem = CheckInputFile(parsed.video, kNotReadable, kNotReadable);
     if (!problem.empty()) {
-        io.err << head << PrintablePath(parsed->video) << ": " << problem << "\n";
+        io.err << head << PrintablePath(parsed.video) << ": " << problem << "\n";
         return kExitBadInput;
     }
     core::CTarnwickData planned;
-    problem = PrepareStillProject(planned, *parsed);
+    problem = PrepareStillProject(planned, parsed);
     if (!problem.empty()) {
         io.err << head << problem << "\n";
         return kExitBadInput;
     }
     ScanSession session;
     workspace::CTarnwickTabScene &tab = session.Tab();
-    if (parsed->project.empty()) {
+    if (parsed.project.empty()) {
         // A new project for the video names the folder the still goes to.
         core::DeriveProjectNames(session.data, video);
-    } else if (tab.OpenProject(std::filesystem::absolute(parsed->project).string(), true) != 0 &&
+    } else if (tab.OpenProject(std::filesystem::absolute(parsed.project).string(), true) != 0 &&
                session.data.diff_list.empty()) {
-        io.err << head << parsed->project << ": the project could not be opened\n";
+        io.err << head << parsed.project << ": the project could not be opened\n";
         return kExitBadInput;
     }
     const int before = session.View().PictureCount();
-    if (!tab.ShowStill(video, parsed->at, !parsed->project.empty(), parsed->scene - 1)) {
+    if (!tab.ShowStill(video, parsed.at, !parsed.project.empty(), parsed.scene - 1)) {
         io.err << head << video << ": is not a video that ffprobe can read\n";
         return kExitBadInput;
     }
@@ -139,7 +138,7 @@ int RunStill(const std::vector<std::string> &args, CliOutput &io)
     const std::string still = session.View().Picture();
     std::error_code ec;
     if (!std::filesystem::is_regular_file(still, ec)) {
-        io.err << head << video << ": no still could be made at " << parsed->at
+        io.err << head << video << ": no still could be made at " << parsed.at
                << " seconds (see the log for the tool's result)\n";
         return kExitFailed;
     }

@@ -180,10 +180,15 @@ bool AsksForHelp(const std::vector<std::string> &args)
     return false;
 }
 
-void PrintCommandHelp(const CommandEntry &c, std::ostream &os)
+void PrintCommandUsage(const CommandEntry &c, std::ostream &os)
 {
     os << "Usage: tarnwickmp4-cli " << c.usage << ProjectOptionsUsage(c.options) << c.usageTail
        << "\n";
+}
+
+void PrintCommandHelp(const CommandEntry &c, std::ostream &os)
+{
+    PrintCommandUsage(c, os);
     if (c.help != nullptr) {
         os << "\n" << c.help << ProjectOptionsHelp(c.options);
     }
@@ -198,6 +203,17 @@ int RunVersion(const std::vector<std::string> &, CliOutput &io)
 {
     io.out << core::kProductName << " " << core::kProductVersion << "\n";
     return kExitOk;
+}
+
+int ArgumentProblem(CliOutput &io, const char *command, const std::string &problem)
+{
+    io.err << "tarnwickmp4-cli " << command << ": " << problem << "\n";
+    for (const auto &c : kCommands) {
+        if (std::strcmp(command, c.name) == 0) {
+            PrintCommandUsage(c, io.err);
+        }
+    }
+    return kExitBadInput;
 }
 
 int RunCommandLine(int argc, char **argv)

@@ -101,6 +101,10 @@ int RunScenes(const std::vector<std::string> &args, CliOutput &io);
 // given, the project saved; the list is printed. A scene that does not exist saves nothing.
 int RunEdit(const std::vector<std::string> &args, CliOutput &io);
 
+// Says what is wrong with a command's arguments: "tarnwickmp4-cli COMMAND: PROBLEM", then the
+// command's usage line. Returns kExitBadInput.
+int ArgumentProblem(CliOutput &io, const char *command, const std::string &problem);
+
 // Parses argv and runs the named command; prints usage for unknown ones.
 int RunCommandLine(int argc, char **argv);
 

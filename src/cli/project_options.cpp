@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <filesystem>
 
+#include "cli/arg_problems.h"
 #include "core/helpers.h"
 #include "core/paths.h"
 #include "workspace/tab_scene.h"
@@ -99,6 +100,7 @@ OptionParse ParseProjectOption(const std::vector<std::string> &args,
             continue;
         }
         if (!hasValue) {
+            error = NeedsValue(arg);
             return OptionParse::Wrong;
         }
         double value = 0;
@@ -116,6 +118,7 @@ OptionParse ParseProjectOption(const std::vector<std::string> &args,
                                                                   : nullptr;
     if (text != nullptr) {
         if (!hasValue || args[i + 1].empty()) {
+            error = NeedsValue(arg);
             return OptionParse::Wrong;
         }
         *text = args[++i];
@@ -124,6 +127,7 @@ OptionParse ParseProjectOption(const std::vector<std::string> &args,
     if ((groups & kFilmOptions) != 0) {
         if (arg == "--title") {
             if (!hasValue) {
+                error = NeedsValue(arg);
                 return OptionParse::Wrong;
             }
             options.title = args[++i];
@@ -155,6 +159,7 @@ OptionParse ParseProjectOption(const std::vector<std::string> &args,
         }
         if (arg == "--preset") {
             if (!hasValue) {
+                error = NeedsValue(arg);
                 return OptionParse::Wrong;
             }
             const std::string &value = args[++i];
@@ -167,6 +172,19 @@ OptionParse ParseProjectOption(const std::vector<std::string> &args,
         }
     }
     return OptionParse::NotMine;
+}
+
+std::string OptionNotTaken(const std::string &arg, const char *command)
+{
+    // An option of any group: one that another command takes.
+    const std::vector<std::string> probe{arg, "0"};
+    size_t i = 0;
+    ProjectOptions scratch;
+    std::string error;
+    if (ParseProjectOption(probe, i, kAllProjectOptions, scratch, error) != OptionParse::NotMine) {
+        return arg + " does not apply to " + command;
+    }
+    return UnexpectedArgument(arg);
 }
 
 std::string ProjectOptionsUsage(unsigned groups)

@@ -44,8 +44,8 @@ struct ProjectOptions
     std::optional<std::string> title;
 };
 
-// How an argument went: not an option of the groups, taken, or wrong (error says why, or is
-// empty when the value is missing and the usage should be shown).
+// How an argument went: not an option of the groups, taken, or wrong (error says why: a value
+// missing or not one the option takes).
 enum class OptionParse { NotMine, Taken, Wrong };
 
 // Reads args[i] (and its value, advancing i) when it is an option of groups.
@@ -54,6 +54,10 @@ OptionParse ParseProjectOption(const std::vector<std::string> &args,
                                unsigned groups,
                                ProjectOptions &options,
                                std::string &error);
+
+// What to say of an argument that a command's options did not take: "--brightness does not
+// apply to scan" for a project option of other commands, else UnexpectedArgument's phrase.
+std::string OptionNotTaken(const std::string &arg, const char *command);
 
 // The " [--threshold N] ..." of a usage line, and the help lines of the groups.
 std::string ProjectOptionsUsage(unsigned groups);

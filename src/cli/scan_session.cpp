@@ -12,6 +12,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "cli/arg_problems.h"
 #include "cli/cli_support.h"
 #include "core/helpers.h"
 #include "core/language.h"
@@ -22,12 +23,9 @@
 namespace cli {
 namespace {
 
-// The arguments of a scan command. Returns an error line for a bad value, or an empty text
-// with usage set when the usage should be shown.
-std::string
-ParseScanArgs(const std::vector<std::string> &args, ScanKind kind, ScanArgs &parsed, bool &usage)
+// The arguments of a scan command. Returns what is wrong with them, or an empty text.
+std::string ParseScanArgs(const std::vector<std::string> &args, ScanKind kind, ScanArgs &parsed)
 {
-    usage = false;
     const unsigned groups = OptionGroups(kind);
     for (size_t i = 0; i < args.size(); ++i) {
         const std::string &arg = args[i];
@@ -36,25 +34,21 @@ ParseScanArgs(const std::vector<std::string> &args, ScanKind kind, ScanArgs &par
         case OptionParse::Taken:
             continue;
         case OptionParse::Wrong:
-            usage = error.empty();
             return error;
         case OptionParse::NotMine:
             break;
         }
         if (arg == "--json") {
             parsed.json = true;
-        } else if (arg.size() > 1 && arg[0] == '-' && arg != "-") {
-            usage = true;
-            return "";
+        } else if (arg.size() > 1 && arg[0] == '-') {
+            return OptionNotTaken(arg, CommandName(kind));
         } else if (parsed.video.empty() && !arg.empty()) {
             parsed.video = arg;
         } else {
-            usage = true;
-            return "";
+            return UnexpectedArgument(arg);
         }
     }
-    usage = parsed.video.empty();
-    return "";
+    return parsed.video.empty() ? MissingArgument("VIDEO") : "";
 }
 
 // Seconds of a frame number at fps; 0 when fps is not above 0.
@@ -307,17 +301,9 @@ int ParseAndCheck(const std::vector<std::string> &args,
                   CliOutput &io)
 {
     const char *command = CommandName(kind);
-    bool usage = false;
-    std::string error = ParseScanArgs(args, kind, parsed, usage);
-    if (usage) {
-        io.err << "Usage: tarnwickmp4-cli " << command << " VIDEO"
-               << ProjectOptionsUsage(OptionGroups(kind)) << " [--json]"
-               << "\n";
-        return kExitBadInput;
-    }
+    const std::string error = ParseScanArgs(args, kind, parsed);
     if (!error.empty()) {
-        io.err << "tarnwickmp4-cli " << command << ": " << error << "\n";
-        return kExitBadInput;
+        return ArgumentProblem(io, command, error);
     }
     std::string problem =
         CheckInputFile(parsed.video, "is a folder, not a video file", "is not readable");

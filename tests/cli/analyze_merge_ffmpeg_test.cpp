@@ -324,7 +324,9 @@ TEST(CliMerge, SizeOutsideTheTableIsRefusedWithTheChoices)
     EXPECT_EQ(r.exitCode, 2);
     EXPECT_EQ(r.err,
               "tarnwickmp4-cli merge: --size 100x100: one of 4096x2160, 3840x2160, 2560x1440, "
-              "1920x1080, 1280x720, 854x480, 720x576, 720x480, 352x288 is wanted\n");
+              "1920x1080, 1280x720, 854x480, 720x576, 720x480, 352x288 is wanted\n"
+              "Usage: tarnwickmp4-cli merge --size WxH --rate N/D [--transition] "
+              "[--output-folder DIR] -o NAME [--json] FILE...\n");
 }
 
 } // namespace

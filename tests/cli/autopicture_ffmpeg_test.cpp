@@ -97,13 +97,24 @@ TEST(CliAutoPicture, PathsThatACommandCannotCarryAreRefused)
     }
 }
 
-TEST(CliAutoPicture, BadArgumentsGiveUsage)
+TEST(CliAutoPicture, BadArgumentsAreNamedBeforeTheUsage)
 {
-    for (const std::vector<std::string> &args : std::vector<std::vector<std::string>>{
-             {"autopicture"}, {"autopicture", "a.mp4", "b.mp4"}, {"autopicture", "--json"}}) {
-        testsupport::RunResult r = RunCli(args);
+    struct Case
+    {
+        std::vector<std::string> args;
+        std::string problem;
+    };
+    const Case cases[] = {
+        {{"autopicture"}, "VIDEO is missing"},
+        {{"autopicture", "a.mp4", "b.mp4"}, "unexpected argument \"b.mp4\""},
+        {{"autopicture", "--json"}, "unknown option --json"},
+    };
+    for (const Case &c : cases) {
+        testsupport::RunResult r = RunCli(c.args);
         EXPECT_EQ(r.exitCode, 2);
-        EXPECT_EQ(r.err, "Usage: tarnwickmp4-cli autopicture VIDEO\n");
+        EXPECT_EQ(r.err,
+                  "tarnwickmp4-cli autopicture: " + c.problem +
+                      "\nUsage: tarnwickmp4-cli autopicture VIDEO\n");
         EXPECT_EQ(r.out, "");
     }
     testsupport::RunResult help = RunCli({"--help"});

@@ -159,22 +159,29 @@ TEST(ProjectCheck, TruncatedFileIsRefusedOnOneLine)
     ExpectRefused(Check(path), path);
 }
 
-TEST(ProjectCheck, BadArgumentsPrintUsage)
+TEST(ProjectCheck, BadArgumentsAreNamedBeforeTheUsage)
 {
-    const std::vector<std::vector<std::string>> cases = {
-        {"project"},
-        {"project", "check"},
-        {"project", "verify", "a.twproj"},
-        {"project", "check", "a.twproj", "b.twproj"},
-        {"project", "check", "--bogus", "a.twproj"},
-        {"project", "check", "a.twproj", "--write"},
-        {"project", "check", "a.twproj", "--write", "x", "--write", "y"},
+    struct Case
+    {
+        std::vector<std::string> args;
+        std::string problem;
     };
-    for (const auto &args : cases) {
-        SCOPED_TRACE(args.back());
-        RunResult result = RunCli(args);
+    const Case cases[] = {
+        {{"project"}, "the command word \"check\" is missing"},
+        {{"project", "check"}, "FILE is missing"},
+        {{"project", "verify", "a.twproj"},
+         "\"verify\" is not a project command; \"check\" is the one there is"},
+        {{"project", "check", "a.twproj", "b.twproj"}, "unexpected argument \"b.twproj\""},
+        {{"project", "check", "--bogus", "a.twproj"}, "unknown option --bogus"},
+        {{"project", "check", "a.twproj", "--write"}, "--write needs a value"},
+        {{"project", "check", "a.twproj", "--write", "x", "--write", "y"},
+         "--write is given twice"},
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.args.back());
+        RunResult result = RunCli(c.args);
         EXPECT_EQ(result.exitCode, 2);
-        EXPECT_EQ(result.err, kUsage);
+        EXPECT_EQ(result.err, "tarnwickmp4-cli project: " + c.problem + "\n" + kUsage);
         EXPECT_EQ(result.out, "");
     }
 }

@@ -165,6 +165,7 @@ TEST(CliRender, BadArgumentsAndNamesAreRefused)
     RunResult r = RunCli({"render"});
     EXPECT_EQ(r.exitCode, 2);
     EXPECT_EQ(r.err,
+              "tarnwickmp4-cli render: PROJECT is missing\n"
               "Usage: tarnwickmp4-cli render PROJECT [--threshold N] [--valid-min S] [--cut-min S] "
               "[--brightness N] [--contrast N] [--saturation N] [--gamma N] [--cinema-scope] "
               "[--auto-picture] [--transition] [--title TEXT] [--no-watermark] [--preset 0|1|2] "

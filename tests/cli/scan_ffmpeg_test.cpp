@@ -233,24 +233,34 @@ TEST(CliScan, BadInputsGiveOneLineNamingTheFile)
     EXPECT_FALSE(std::filesystem::exists(sound + ".twproj"));
 }
 
-TEST(CliScan, BadArgumentsGiveUsage)
+TEST(CliScan, BadArgumentsAreNamedBeforeTheUsage)
 {
     const std::string usage =
         "Usage: tarnwickmp4-cli scan VIDEO [--threshold N] [--valid-min S] [--cut-min S] "
         "[--json]\n";
-    for (const std::vector<std::string> &args :
-         std::vector<std::vector<std::string>>{{"scan"},
-                                               {"scan", "a.mp4", "b.mp4"},
-                                               {"scan", "a.mp4", "--threshold"},
-                                               {"scan", "a.mp4", "--output-folder", "x"},
-                                               {"scan", "a.mp4", "--fast"}}) {
-        testsupport::RunResult r = RunCli(args);
+    struct Case
+    {
+        std::vector<std::string> args;
+        std::string problem;
+    };
+    const Case cases[] = {
+        {{"scan"}, "VIDEO is missing"},
+        {{"scan", "a.mp4", "b.mp4"}, "unexpected argument \"b.mp4\""},
+        {{"scan", "a.mp4", "--threshold"}, "--threshold needs a value"},
+        {{"scan", "a.mp4", "--output-folder", "x"}, "--output-folder does not apply to scan"},
+        {{"scan", "a.mp4", "--fast"}, "unknown option --fast"},
+    };
+    for (const Case &c : cases) {
+        testsupport::RunResult r = RunCli(c.args);
         EXPECT_EQ(r.exitCode, 2);
-        EXPECT_EQ(r.err, usage);
+        EXPECT_EQ(r.err, "tarnwickmp4-cli scan: " + c.problem + "\n" + usage);
+        EXPECT_EQ(r.out, "");
     }
     testsupport::RunResult r = RunCli({"extract", "a.mp4", "--cut-min", "1,5"});
     EXPECT_EQ(r.exitCode, 2);
-    EXPECT_EQ(r.err, "tarnwickmp4-cli extract: --cut-min: \"1,5\" is not a number\n");
+    EXPECT_EQ(testsupport::FirstLine(r.err),
+              "tarnwickmp4-cli extract: --cut-min: \"1,5\" is not a number");
+    EXPECT_EQ(r.err.find("Usage: tarnwickmp4-cli extract VIDEO "), r.err.find('\n') + 1);
 }
 
 // True once a file stands in folder.

@@ -153,6 +153,11 @@ bool MakeSoundClip(const std::string &path)
     return MakeClip(path, "sine=duration=1", {"-c:a", "aac"});
 }
 
+std::string FirstLine(const std::string &text)
+{
+    return text.substr(0, text.find('\n'));
+}
+
 std::string ReadFile(const std::string &path)
 {
     std::ifstream in(path, std::ios::binary);

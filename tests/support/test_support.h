@@ -64,6 +64,9 @@ double StreamSeconds(const std::string &path, const std::string &kind);
 // missing.
 std::vector<std::string> FilesMatching(const std::string &folder, const std::string &part);
 
+// The text up to its first line feed, without it.
+std::string FirstLine(const std::string &text);
+
 // Reads a whole file; empty when it cannot be read.
 std::string ReadFile(const std::string &path);
 // Writes a whole file (binary); false on failure.
