@@ -195,6 +195,13 @@ bool LoadProjectJson(const std::string &path, json &root, std::string &error)
         error = path + ": the file is empty";
         return false;
     }
+    // JSON text holds no NUL byte: this is a video or another binary file given where a
+    // project belongs, and the parser's complaint about its bytes would only puzzle.
+    if (bytes.find('\0') != std::string::npos) {
+        error = path + ": not a project file: it holds binary data (a video, perhaps), not the "
+                       "JSON text of a project";
+        return false;
+    }
     size_t offset = 0;
     if (JsonNestingDepth(bytes, kMaxProjectNesting, &offset) > kMaxProjectNesting) {
         error = StrPrintf("%s: not a project file: arrays and objects are nested more than %d "

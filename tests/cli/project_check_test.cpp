@@ -301,6 +301,24 @@ TEST(ProjectCheck, NullRootIsRefusedOnOneLine)
                   ": not a project file: the JSON root is null, not an object\n");
 }
 
+TEST(ProjectCheck, VideoGivenForAProjectIsCalledBinaryData)
+{
+    TempDir dir;
+    std::string path = dir.file("clip.mp4");
+    ASSERT_TRUE(WriteFile(path,
+                          std::string("\0\0\0\x20"
+                                      "ftypisom\0\0\x02\0[[[[[[[[[[",
+                                      26)));
+    const std::string line = path + ": not a project file: it holds binary data (a video, "
+                                    "perhaps), not the JSON text of a project\n";
+    RunResult result = Check(path);
+    ExpectRefused(result, path);
+    EXPECT_EQ(result.err, "tarnwickmp4-cli: " + line);
+    result = RunCli({"scenes", path});
+    ExpectRefused(result, path);
+    EXPECT_EQ(result.err, "tarnwickmp4-cli scenes: " + line);
+}
+
 TEST(ProjectCheck, EmptyObjectWarnsThatNoVideoIsNamed)
 {
     TempDir dir;

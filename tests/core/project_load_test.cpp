@@ -102,6 +102,21 @@ TEST(ProjectLoad, NestingDeeperThanAProjectNeedsIsRefused)
               "not a project file: arrays and objects are nested more than 8 deep at byte 9");
 }
 
+TEST(ProjectLoad, BinaryFileIsRefusedAsNotJsonText)
+{
+    const std::string binary =
+        "not a project file: it holds binary data (a video, perhaps), not the JSON text of a "
+        "project";
+    // The start of an MP4 file, and its "[" and "{" bytes further on.
+    std::string mp4("\0\0\0\x20"
+                    "ftypisom\0\0\x02\0isomiso2avc1mp41",
+                    32);
+    mp4 += std::string(20, '[') + "moov";
+    EXPECT_EQ(RefusedText(mp4), binary);
+    // One NUL byte anywhere, even after a whole project.
+    EXPECT_EQ(RefusedText(Project("") + std::string(1, '\0')), binary);
+}
+
 TEST(ProjectLoad, NestingUpToTheLimitIsRead)
 {
     EXPECT_EQ(LoadWarnings(Project(R"("x": [[[[[[[1]]]]]]], "y": "[[[[[[[[[[")")), Lines{});
