@@ -81,7 +81,11 @@ std::string ConcatListText(const std::vector<std::string> &files)
 {
     std::string text;
     for (const std::string &file : files) {
-        text += "file '" + file + "'\n";
+        std::string quoted;
+        for (char c : file) {
+            quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+        }
+        text += "file '" + quoted + "'\n";
     }
     return text;
 }

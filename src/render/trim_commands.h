@@ -54,7 +54,9 @@ MergePlan PlanMerge(const std::vector<double> &durations, int nBatch, double fad
 // fps), nTotal / fps taken as 0 when fps is not above 0.
 int FadedFrameCount(int nTotal, double fps, int nCount, double fade);
 
-// The concat demuxer's list: a line "file '<name>'" for every file; quotes are not escaped.
+// The concat demuxer's list: a line "file '<name>'" for every file. A single quote in a name
+// closes the quoted text, stands escaped and opens it again ('\''), so that any name the
+// program accepts reaches the demuxer whole.
 std::string ConcatListText(const std::vector<std::string> &files);
 
 // What every encode of the render shares.

@@ -100,10 +100,10 @@ TEST(FadedFrameCount, EveryJoinShortensTheFilmByOneFade)
     EXPECT_EQ(render::FadedFrameCount(300, 0.0, 3, 0.5), 0);
 }
 
-TEST(ConcatList, OneLinePerFileQuotesLeftAsTheyAre)
+TEST(ConcatList, OneLinePerFileWithSingleQuotesEscaped)
 {
-    EXPECT_EQ(render::ConcatListText({"/o/a_seg_0_9.mp4", "/o/it's.mp4"}),
-              "file '/o/a_seg_0_9.mp4'\nfile '/o/it's.mp4'\n");
+    EXPECT_EQ(render::ConcatListText({"/o/a_seg_0_9.mp4", "/o/it's.mp4", "/o/a\\b [c];d'.mp4"}),
+              "file '/o/a_seg_0_9.mp4'\nfile '/o/it'\\''s.mp4'\nfile '/o/a\\b [c];d'\\''.mp4'\n");
     EXPECT_EQ(render::ConcatListText({}), "");
 }
 

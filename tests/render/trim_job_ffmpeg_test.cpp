@@ -32,12 +32,15 @@ constexpr double kFps = 25.0;
 constexpr double kOneFrame = 1 / kFps + 1e-6;
 
 // A project on a generated 160x120 clip at 25 fps, with or without sound, with scenes of the
-// given frame ranges, output "<clip>_trim.mp4" in dir/out.
+// given frame ranges, output "<clip>_trim.mp4" in dir/<folder>.
 struct RenderProject
 {
-    explicit RenderProject(int seconds, bool sound = true)
+    explicit RenderProject(int seconds,
+                           bool sound = true,
+                           const std::string &name = "clip.mp4",
+                           const std::string &folder = "out")
     {
-        clip = dir.file("clip.mp4");
+        clip = dir.file(name);
         std::string video = core::StrPrintf("testsrc2=size=160x120:rate=25:duration=%d", seconds);
         std::vector<std::string> args = {"ffmpeg", "-v", "error", "-y", "-f", "lavfi", "-i", video};
         if (sound) {
@@ -48,7 +51,7 @@ struct RenderProject
         args.insert(args.end(), {"-c:v", "libx264", "-pix_fmt", "yuv420p", "-c:a", "aac", clip});
         EXPECT_EQ(testsupport::RunProgram(args).exitCode, 0);
         core::DeriveProjectNames(rig.data, clip);
-        rig.data.output_folder = dir.file("out") + "/";
+        rig.data.output_folder = dir.file(folder) + "/";
         rig.data.pts_file.clear();
         rig.data.bUseCuda = 0;
         rig.data.nEncodePreset = 1;
@@ -113,6 +116,22 @@ TEST(TrimJob, WithoutTransitionTheFilmLastsTheSumOfTheTickedScenes)
     EXPECT_FALSE(fs::exists(p.rig.data.diff_list[1].fileName)) << "a disabled scene is not cut";
     EXPECT_TRUE(testsupport::FilesMatching(p.rig.data.output_folder, "_merged").empty());
     EXPECT_TRUE(fs::exists(p.rig.data.output_folder + "clip_filelist.txt"));
+}
+
+// Every character of a name that the program accepts, the single quote above all, reaches the
+// concat list, the merge graph and the caption file whole.
+TEST(TrimJob, AwkwardNamesRenderWithAndWithoutTransition)
+{
+    RenderProject p(6, true, "it's [a], b;c=d.mp4", "out a:b,c[d];e'f\\g");
+    p.AddScene(0, 49);
+    p.AddScene(100, 149);
+    ASSERT_EQ(p.Render(), 0);
+    EXPECT_NEAR(StreamSeconds(p.Output(), "v"), 100 / kFps, kOneFrame);
+    EXPECT_EQ(p.Output(), p.dir.file("out a:b,c[d];e'f\\g/it's [a], b;c=d_trim.mp4"));
+    p.rig.data.transition = 1;
+    p.rig.data.dTransitionSec = 0.48;
+    ASSERT_EQ(p.Render(), 0);
+    EXPECT_LT(StreamSeconds(p.Output(), "v"), 100 / kFps - 0.2);
 }
 
 TEST(TrimJob, WithTransitionEveryJoinShortensTheFilmByOneFade)
