@@ -10,10 +10,27 @@
 
 namespace cli {
 
+JobGuard::~JobGuard()
+{
+    m_folderLock.Release();
+    m_projectLock.Release();
+    for (const std::string &folder : m_madeFolders) {
+        std::error_code ec;
+        std::filesystem::remove(folder, ec); // only an empty folder goes
+    }
+}
+
 bool JobGuard::Take(const core::CTarnwickData &data, const std::string &owner, std::ostream &err)
 {
     const std::string folder = core::SetTrailingSeparator(data.output_folder, false);
     std::error_code ec;
+    m_madeFolders.clear();
+    for (std::filesystem::path missing = folder;
+         !missing.empty() && missing.has_relative_path() &&
+         !std::filesystem::exists(std::filesystem::symlink_status(missing, ec));
+         missing = missing.parent_path()) {
+        m_madeFolders.push_back(missing.string());
+    }
     std::filesystem::create_directories(folder, ec);
     std::error_code statusError;
     if (!std::filesystem::is_directory(folder, statusError)) {

@@ -4,6 +4,7 @@
 
 #include <iosfwd>
 #include <string>
+#include <vector>
 
 #include "core/job_lock.h"
 #include "core/tarnwick_data.h"
@@ -18,6 +19,11 @@ public:
         : m_head(std::move(head))
     {
     }
+    // Releases the locks, and removes the folders that Take made and that stayed empty: a
+    // command refused before any work leaves nothing behind.
+    ~JobGuard();
+    JobGuard(const JobGuard &) = delete;
+    JobGuard &operator=(const JobGuard &) = delete;
 
     // Makes data's output folder and takes both locks for owner (what the job does, for the
     // message another job gets). False, with one line on err naming the folder or the project
@@ -26,6 +32,7 @@ public:
 
 private:
     std::string m_head;
+    std::vector<std::string> m_madeFolders; // the deepest first
     core::JobLock m_projectLock;
     core::JobLock m_folderLock;
 };

@@ -233,6 +233,24 @@ TEST(CliScan, BadInputsGiveOneLineNamingTheFile)
     EXPECT_FALSE(std::filesystem::exists(sound + ".twproj"));
 }
 
+TEST(CliScan, RefusedVideoLeavesNoOutputFolderBehind)
+{
+    TempDir dir;
+    std::string text = dir.file("text.mp4");
+    ASSERT_TRUE(testsupport::WriteFile(text, "hello"));
+    std::string sound = dir.file("sound.m4a");
+    ASSERT_TRUE(testsupport::MakeSoundClip(sound));
+    EXPECT_EQ(RunCli({"extract", sound}).exitCode, 2);
+    EXPECT_EQ(RunCli({"run", text, "--output-folder", dir.file("new/a/b")}).exitCode, 2);
+    EXPECT_FALSE(std::filesystem::exists(sound + "_out"));
+    EXPECT_FALSE(std::filesystem::exists(dir.file("new")));
+    // A folder that was there before stays, empty or not.
+    std::filesystem::create_directories(dir.file("kept"));
+    EXPECT_EQ(RunCli({"extract", sound, "--output-folder", dir.file("kept/x")}).exitCode, 2);
+    EXPECT_TRUE(std::filesystem::is_directory(dir.file("kept")));
+    EXPECT_FALSE(std::filesystem::exists(dir.file("kept/x")));
+}
+
 TEST(CliScan, BadArgumentsAreNamedBeforeTheUsage)
 {
     const std::string usage =
