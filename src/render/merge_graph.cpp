@@ -97,6 +97,21 @@ void AppendConcat(std::string &graph, size_t count, bool bAudio)
 
 } // namespace
 
+int InputShorterThanFade(double fade, const std::vector<MergeStep> &steps)
+{
+    if (fade <= kNoFadeLimit) {
+        return -1;
+    }
+    for (size_t i = 1; i < steps.size(); ++i) {
+        // Durations and the fade both come from frames at the rate: a hair's difference is the
+        // same length.
+        if (steps[i].duration + 0.000001 < fade) {
+            return static_cast<int>(i);
+        }
+    }
+    return -1;
+}
+
 std::string BuildMergeGraph(double fade,
                             const std::vector<MergeStep> &steps,
                             const std::string &rate,

@@ -12,6 +12,7 @@ struct MergeStep
 {
     std::string path;      // the file; the caller's -i argument, not part of the graph text
     double duration = 0.0; // seconds of this input that are kept
+    int row = 0;           // its list number from 1, for messages; 0 for a merge's own file
 };
 
 // Fades of this length or shorter count as no transition.
@@ -23,11 +24,18 @@ inline constexpr double kNoFadeLimit = 0.000001;
 // seconds (when above kNoFadeLimit) or concatenated. bAudio says whether every input has an
 // audio stream; one flag stands for all. The results are the labels [vid] and, with bAudio,
 // [aud], which the caller maps. The text ends in ";", holds no spaces and no quotes, and is
-// empty for no steps. A fade longer than an input is not refused: ffmpeg decides. Pure.
+// empty for no steps. Lengths are not looked at here: see InputShorterThanFade. Pure.
 std::string BuildMergeGraph(double fade,
                             const std::vector<MergeStep> &steps,
                             const std::string &rate,
                             bool bAudio);
+
+// The first input after the first one that lasts less than fade, as an index into steps; -1
+// when every input is long enough, and always without a fade (fade not above kNoFadeLimit).
+// The ffmpeg 5.1 of Debian 12 waits for ever in a cross-fade whose second input ends before
+// the fade does, so such a list must not reach the tool. A first input shorter than the fade
+// is cut short by the tool and does no harm. Pure.
+int InputShorterThanFade(double fade, const std::vector<MergeStep> &steps);
 
 // graph as the value of ffmpeg's -filter_complex: without its final ";". The graph parser of
 // the ffmpeg 5.1 that Debian 12 ships reads a filter with an empty name behind a final ";" and

@@ -246,7 +246,7 @@ int CTarnwickProcess::PrecheckConversions(int nScenes, double fps, TrimPrecheck 
             }
             const int frames = row->viOut.frame_num;
             checked.nTotal += frames;
-            checked.inputs.push_back({row->fileName, fps > 0 ? frames / fps : 0.0});
+            checked.inputs.push_back({row->fileName, fps > 0 ? frames / fps : 0.0, i + 1});
             if (!seen.insert(row->fileName).second) {
                 // The same file again: converted or checked once in this run already.
                 PostToTab(AppMessage::WM_APP_PROGRESS, nScenes, ++nDone);

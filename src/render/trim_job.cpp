@@ -104,7 +104,8 @@ int CTarnwickProcess::PrecheckSegments(const std::string &input, int nScenes, Tr
             checked.nTotal += FramesOf(scene);
             // Listed before any recut: a cut that changes the length renames the file, and the
             // merge then finds the old name missing rather than a wrong length.
-            checked.inputs.push_back({scene.fileName, fps > 0 ? FramesOf(scene) / fps : 0.0});
+            checked.inputs.push_back(
+                {scene.fileName, fps > 0 ? FramesOf(scene) / fps : 0.0, i + 1});
             if (bCancel != 0) {
                 continue;
             }
@@ -214,6 +215,23 @@ int CTarnwickProcess::MergeByGraphs(const render::TrimNames &names,
                                     std::string &merged)
 {
     const double fade = form.fade;
+    const int tooShort = render::InputShorterThanFade(fade, inputs);
+    if (tooShort >= 0) {
+        const render::MergeStep &step = inputs[static_cast<size_t>(tooShort)];
+        const std::string reason =
+            core::StrPrintf(bMergeMode != 0 ? "file %d of the list lasts %.2f s, less than the "
+                                              "cross-fade of %.2f s: leave it out or join "
+                                              "without cross-fades"
+                                            : "scene %d lasts %.2f s, less than the cross-fade "
+                                              "of %.2f s: lengthen it, untick it or join "
+                                              "without cross-fades",
+                            step.row,
+                            step.duration,
+                            fade);
+        core::Log("%s(%d) %s\n", "CTarnwickProcess::MergeByGraphs", __LINE__, reason.c_str());
+        SendJobState(engine::kStateFailed, reason);
+        return kJobCannotStart;
+    }
     const bool bAudio = pData->viCurrent.bHasAudio;
     std::vector<double> durations;
     for (const render::MergeStep &step : inputs) {

@@ -63,6 +63,25 @@ TEST(MergeGraphTest, EmptyListGivesEmptyText)
     EXPECT_EQ(BuildMergeGraph(0.0, {}, kRate, false), "");
 }
 
+TEST(MergeGraphTest, InputAfterTheFirstShorterThanTheFadeIsFound)
+{
+    using render::InputShorterThanFade;
+    const std::vector<MergeStep> steps = {
+        {"/v/a.mp4", 0.2, 1}, {"/v/b.mp4", 0.5, 2}, {"/v/c.mp4", 0.4, 5}, {"/v/d.mp4", 0.0, 6}};
+    // The first may be short; one exactly as long as the fade is long enough.
+    EXPECT_EQ(InputShorterThanFade(0.5, steps), 2);
+    EXPECT_EQ(InputShorterThanFade(0.5, {steps[0], steps[1]}), -1);
+    EXPECT_EQ(InputShorterThanFade(0.4, {steps[0], steps[1], steps[2]}), -1);
+    EXPECT_EQ(InputShorterThanFade(0.4, steps), 3);
+    // Without a fade every length goes, and a list of one has nothing to fade into.
+    EXPECT_EQ(InputShorterThanFade(0.0, steps), -1);
+    EXPECT_EQ(InputShorterThanFade(render::kNoFadeLimit, steps), -1);
+    EXPECT_EQ(InputShorterThanFade(9.0, {steps[0]}), -1);
+    EXPECT_EQ(InputShorterThanFade(9.0, {}), -1);
+    // 12 frames at 25 fps against the fade made of them.
+    EXPECT_EQ(InputShorterThanFade(0.48, {steps[0], {"/v/e.mp4", 12 / 25.0, 2}}), -1);
+}
+
 TEST(MergeGraphTest, OneInputWithFadeHasNoFadeAndNoConcat)
 {
     EXPECT_EQ(BuildMergeGraph(0.5, {{"/v/a.mp4", 2.0}}, kRate, true),

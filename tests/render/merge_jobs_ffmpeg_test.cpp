@@ -285,6 +285,21 @@ TEST(ProcessConv, CrossFadesShortenTheFilmByOneFadePerJoin)
     EXPECT_NEAR(StreamSeconds(p.Output(), "v"), 6.0 - 2 * fade, 0.1);
 }
 
+// A source of one frame at 25 fps gives one frame at 30: a cross-fade into it would never end
+// in ffmpeg, so the job names it and ends before the merge.
+TEST(ProcessConv, SourceShorterThanTheCrossFadeEndsTheJobNamingIt)
+{
+    MergeProject p;
+    p.rig.data.transition = 1;
+    p.Add(MakeSource(p.dir, "a.mp4", "160x120", "25", 2, true));
+    p.Add(MakeSource(p.dir, "b.mp4", "160x120", "25", 0.04, true));
+    EXPECT_EQ(p.Run(engine::kJobExtractAndOutput), engine::kJobCannotStart);
+    const std::string last = States(p.rig.Scene()).back();
+    EXPECT_EQ(last.rfind("3:file 2 of the list lasts 0.03 s, less than the cross-fade of ", 0), 0u)
+        << last;
+    EXPECT_FALSE(fs::exists(p.Output()));
+}
+
 TEST(ConvertAllInputs, FailingSourceEndsTheJobAndKeepsEarlierSegments)
 {
     MergeProject p;

@@ -134,6 +134,28 @@ TEST(TrimJob, AwkwardNamesRenderWithAndWithoutTransition)
     EXPECT_LT(StreamSeconds(p.Output(), "v"), 100 / kFps - 0.2);
 }
 
+// ffmpeg would wait for ever in a cross-fade into a scene shorter than the fade: the job names
+// the scene and ends before the merge.
+TEST(TrimJob, SceneShorterThanTheCrossFadeEndsTheJobNamingIt)
+{
+    RenderProject p(6);
+    p.AddScene(0, 49);
+    p.AddScene(60, 69, false);
+    p.AddScene(100, 104); // 0.2 s
+    p.rig.data.transition = 1;
+    p.rig.data.dTransitionSec = 0.48;
+    EXPECT_EQ(p.Render(), engine::kJobCannotStart);
+    EXPECT_EQ(enginetest::States(p.rig.Scene()).back(),
+              "3:scene 3 lasts 0.20 s, less than the cross-fade of 0.48 s: lengthen it, untick it "
+              "or join without cross-fades");
+    EXPECT_FALSE(fs::exists(p.Output()));
+    EXPECT_TRUE(testsupport::FilesMatching(p.rig.data.output_folder, "_merged").empty());
+    // Without the cross-fade the same scenes make a film.
+    p.rig.data.transition = 0;
+    ASSERT_EQ(p.Render(), 0);
+    EXPECT_NEAR(StreamSeconds(p.Output(), "v"), 55 / kFps, kOneFrame);
+}
+
 TEST(TrimJob, WithTransitionEveryJoinShortensTheFilmByOneFade)
 {
     RenderProject p(12);
