@@ -10,6 +10,7 @@
 
 #include <unistd.h>
 
+#include "core/helpers.h"
 #include "core/path_check.h"
 #include "core/paths.h"
 
@@ -45,6 +46,10 @@ std::string CheckOutputOptions(const std::string &folder, const std::string &nam
             return "--output-name " + PrintablePath(name) + ": the name " + problem +
                    ", which a tool's command line cannot carry";
         }
+        problem = NameRoomProblem(name);
+        if (!problem.empty()) {
+            return "--output-name " + PrintablePath(name) + ": " + problem;
+        }
     }
     return "";
 }
@@ -78,6 +83,21 @@ CheckInputFile(const std::string &file, const char *folderProblem, const char *u
         return unreadableProblem;
     }
     return "";
+}
+
+std::string NameRoomProblem(const std::string &path)
+{
+    if (!core::StemTooLong(path)) {
+        return "";
+    }
+    const std::string name = std::filesystem::path(path).filename().string();
+    const size_t dot = name.rfind('.');
+    const size_t stem = dot == std::string::npos || dot == 0 ? name.size() : dot;
+    return core::StrPrintf("the file name is %zu bytes long without its extension; the files "
+                           "made from it need it to be %zu bytes or fewer (a Japanese character "
+                           "takes 3): rename it",
+                           stem,
+                           core::kMaxStemBytes);
 }
 
 std::string FfprobeErrorLines(const std::string &text,

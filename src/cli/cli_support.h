@@ -26,6 +26,11 @@ std::string PrintablePath(const std::string &path);
 std::string
 CheckInputFile(const std::string &file, const char *folderProblem, const char *unreadableProblem);
 
+// Why the files made from the file name of path (segments, working files, locks) would pass the
+// 255 bytes a file name may have, as a phrase: "the file name is 230 bytes long without its
+// extension; ..."; empty when there is room.
+std::string NameRoomProblem(const std::string &path);
+
 // The lines of ffprobe's error output in text, without the JSON around them, each passed
 // through tidy when one is given, joined with "; ". Empty when there are none.
 std::string FfprobeErrorLines(const std::string &text,

@@ -134,6 +134,9 @@ std::string CheckFiles(const std::vector<std::string> &files, const core::CTarnw
         const std::string &file = files[i];
         std::string problem =
             CheckInputFile(file, "is a folder, not a video file", "is not readable");
+        if (problem.empty()) {
+            problem = NameRoomProblem(file);
+        }
         if (!problem.empty()) {
             return PrintablePath(file) + ": " + problem;
         }

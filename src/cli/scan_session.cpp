@@ -307,6 +307,9 @@ int ParseAndCheck(const std::vector<std::string> &args,
     }
     std::string problem =
         CheckInputFile(parsed.video, "is a folder, not a video file", "is not readable");
+    if (problem.empty()) {
+        problem = NameRoomProblem(parsed.video);
+    }
     if (!problem.empty()) {
         io.err << "tarnwickmp4-cli " << command << ": " << PrintablePath(parsed.video) << ": "
                << problem << "\n";

@@ -58,6 +58,15 @@ bool IsValidUtf8(const std::string &text)
     return true;
 }
 
+bool StemTooLong(const std::string &path)
+{
+    const size_t slash = path.find_last_of('/');
+    const std::string name = slash == std::string::npos ? path : path.substr(slash + 1);
+    const size_t dot = name.rfind('.');
+    const size_t stem = dot == std::string::npos || dot == 0 ? name.size() : dot;
+    return stem > kMaxStemBytes;
+}
+
 std::string PathProblem(const std::string &path)
 {
     if (path.empty()) {

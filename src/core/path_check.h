@@ -15,4 +15,12 @@ bool IsValidUtf8(const std::string &text);
 // quote); "is empty". Empty when the path can be carried.
 std::string PathProblem(const std::string &path);
 
+// Longest file name, in bytes and without its extension, that a video or a film may have: the
+// names made from it (a segment "_seg_<first>_<last>.partial.mp4", the project's ".twproj.lock")
+// must stay within the 255 bytes a file name may have. A Japanese character takes 3 bytes.
+inline constexpr size_t kMaxStemBytes = 200;
+
+// True when the last part of path, without its extension, is longer than kMaxStemBytes.
+bool StemTooLong(const std::string &path);
+
 } // namespace core

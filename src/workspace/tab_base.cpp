@@ -10,6 +10,7 @@
 #include "core/app_log.h"
 #include "core/helpers.h"
 #include "core/language.h"
+#include "core/path_check.h"
 #include "core/paths.h"
 #include "core/time_codes.h"
 #include "engine/job_states.h"
@@ -371,6 +372,10 @@ bool CTarnwickTab::MoveOutputFolder(const std::string &oldGiven,
 {
     const std::string oldFolder = oldGiven; // copies: the caller may pass output_folder
     const std::string newFolder = newGiven;
+    if (RefusePath(newFolder, false)) {
+        ShowFields();
+        return false;
+    }
     if (!core::CreateFolders(newFolder)) {
         ReportProblem(kIdsFolderNotMade, newFolder, std::strerror(errno));
         ShowFields();
@@ -401,6 +406,19 @@ void CTarnwickTab::ShowWholeFile(int nButtonJob, const std::string &file)
         RunHelper([this, file] { m_Process.ShowFile(file, false); });
     }
     UpdateControls(true);
+}
+
+bool CTarnwickTab::RefusePath(const std::string &path, bool bName)
+{
+    if (!core::PathProblem(path).empty()) {
+        ReportProblem(kIdsPathUnusable, path);
+        return true;
+    }
+    if (bName && core::StemTooLong(path)) {
+        ReportProblem(kIdsNameTooLong, path);
+        return true;
+    }
+    return false;
 }
 
 void CTarnwickTab::ReportProblem(int nId, const std::string &file, const std::string &reason)

@@ -203,6 +203,10 @@ protected:
     MoveOutputFolder(const std::string &oldGiven, const std::string &newGiven, bool bWorkingFile);
     // Tells the user about file: the text of string id nId with the file and the reason.
     void ReportProblem(int nId, const std::string &file, const std::string &reason = {});
+    // Says through the view why path cannot be used and returns true: a character that no
+    // tool's command text can carry, or (bName) a file name too long for the names made from
+    // it. False when it can be used.
+    bool RefusePath(const std::string &path, bool bName);
 
     // The loop endpoint of the tab's messages (posting to itself, pumping while it waits).
     engine::LoopEndpoint &Endpoint();

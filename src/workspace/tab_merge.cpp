@@ -99,6 +99,9 @@ void CTarnwickTabMerge::DropFiles(const std::vector<std::string> &paths)
             ReportProblem(kIdsFolderDropped, path);
             continue;
         }
+        if (RefusePath(path, true)) {
+            continue;
+        }
         core::VideoInfo info;
         if (m_Process.GetVideoInfoFfprobe(path, info) != 0) {
             continue; // left out without a word, as the tab has always done
@@ -282,6 +285,10 @@ void CTarnwickTabMerge::OutputNameConfirmed(const std::string &text)
 {
     const std::string name = TrimText(text);
     if (!name.empty() && name != m_Data.output_name) {
+        if (RefusePath(name, true)) {
+            ShowFields();
+            return;
+        }
         m_Data.output_name = name;
         UpdateControls(true);
         ShowFields();

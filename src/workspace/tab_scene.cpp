@@ -89,6 +89,10 @@ int CTarnwickTabScene::OpenVideo(const std::string &given)
         ReportProblem(kIdsFolderDropped, path);
         return -1;
     }
+    if (RefusePath(path, true)) {
+        ShowFields();
+        return -1;
+    }
     core::VideoInfo probe;
     int r = m_Process.GetVideoInfoFfprobe(path, probe);
     if (r != 0) {

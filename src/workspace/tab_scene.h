@@ -31,6 +31,8 @@ inline constexpr int kIdsFolderDropped = 3202;
 inline constexpr int kIdsProjectUnreadable = 3203;
 inline constexpr int kIdsProjectInputGone = 3204;
 inline constexpr int kIdsFolderNotMade = 3205;
+inline constexpr int kIdsPathUnusable = 3206; // a character no tool's command text can carry
+inline constexpr int kIdsNameTooLong = 3207;  // no room for the names made from it
 
 // The video file chooser's filter and the finished film's.
 extern const char *const kVideoFilter;

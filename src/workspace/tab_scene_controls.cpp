@@ -89,6 +89,10 @@ int CTarnwickTabScene::ChangeOutputNames(const std::string &folderText, const st
     if (folder == m_Data.output_folder && name == m_Data.output_name) {
         return 0;
     }
+    if (name != m_Data.output_name && RefusePath(name, true)) {
+        ShowFields();
+        return -1;
+    }
     if (folder != m_Data.output_folder && !MoveOutputFolder(m_Data.output_folder, folder, true)) {
         return -1;
     }
@@ -104,6 +108,10 @@ void CTarnwickTabScene::OutputNameConfirmed(const std::string &text)
 {
     const std::string name = TrimText(text);
     if (name.empty() || name == m_Data.output_name) {
+        return;
+    }
+    if (RefusePath(name, true)) {
+        ShowFields();
         return;
     }
     m_Data.output_name = name;

@@ -293,6 +293,30 @@ TEST(CliMerge, UnreadableFileIsNamedBeforeAnythingRuns)
     EXPECT_FALSE(fs::exists(folder));
 }
 
+TEST(CliMerge, FileOrFilmNameTooLongForTheNamesMadeFromItIsNamed)
+{
+    TempDir dir;
+    const std::string a = dir.file("a.mp4");
+    ASSERT_TRUE(testsupport::WriteFile(a, "not looked at"));
+    const std::string longName = dir.file(std::string(210, 'v') + ".mov");
+    ASSERT_TRUE(testsupport::WriteFile(longName, "not looked at"));
+    testsupport::RunResult r =
+        RunCli({"merge", "--size", "352x288", "--rate", "30", "-o", "all.mp4", a, longName});
+    EXPECT_EQ(r.exitCode, 2);
+    EXPECT_EQ(r.err,
+              "tarnwickmp4-cli merge: " + longName +
+                  ": the file name is 210 bytes long without its extension; the files made from "
+                  "it need it to be 200 bytes or fewer (a Japanese character takes 3): rename "
+                  "it\n");
+    const std::string film = std::string(201, 'f') + ".mp4";
+    r = RunCli({"merge", "--size", "352x288", "--rate", "30", "-o", film, a});
+    EXPECT_EQ(r.exitCode, 2);
+    EXPECT_EQ(
+        r.err.rfind("tarnwickmp4-cli merge: --output-name " + film + ": the file name is 201", 0),
+        0u)
+        << r.err;
+}
+
 TEST(CliMerge, FileThatIsNotAVideoIsNamed)
 {
     TempDir dir;

@@ -210,6 +210,8 @@ TEST(CliScan, BadInputsGiveOneLineNamingTheFile)
     ASSERT_TRUE(testsupport::WriteFile(text, "hello"));
     std::string sound = dir.file("sound.m4a");
     ASSERT_TRUE(testsupport::MakeSoundClip(sound));
+    std::string longName = dir.file(std::string(201, 'v') + ".mp4");
+    ASSERT_TRUE(testsupport::WriteFile(longName, "not looked at"));
     struct Case
     {
         std::string command;
@@ -221,7 +223,13 @@ TEST(CliScan, BadInputsGiveOneLineNamingTheFile)
                                            {"scan", dir.path(), "is a folder, not a video file"},
                                            {"scan", sound, "has no video stream"},
                                            {"extract", sound, "has no video stream"},
-                                           {"scan", text, "is not a video file"}}) {
+                                           {"scan", text, "is not a video file"},
+                                           {"run",
+                                            longName,
+                                            "the file name is 201 bytes long without its "
+                                            "extension; the files made from it need it to be "
+                                            "200 bytes or fewer (a Japanese character takes 3): "
+                                            "rename it"}}) {
         SCOPED_TRACE(c.command + " " + c.file);
         testsupport::RunResult r = RunCli({c.command, c.file});
         EXPECT_EQ(r.exitCode, 2);

@@ -57,3 +57,22 @@ TEST(PathCheckTest, Utf8Validation)
 }
 
 } // namespace
+
+TEST(PathCheckTest, StemLongerThanTheLimitIsTooLong)
+{
+    const std::string stem200(200, 'v');
+    EXPECT_FALSE(core::StemTooLong("/videos/" + stem200 + ".mp4"));
+    EXPECT_TRUE(core::StemTooLong("/videos/" + stem200 + "v.mp4"));
+    // The extension does not count, the folders do not either.
+    EXPECT_FALSE(core::StemTooLong(std::string(300, 'd') + "/" + stem200 + ".extension"));
+    EXPECT_TRUE(core::StemTooLong(stem200 + "v"));
+    // Bytes, not characters: 67 Japanese characters are 201 bytes.
+    std::string japanese;
+    for (int i = 0; i < 66; ++i) {
+        japanese += "\xE5\x8B\x95"; // 動
+    }
+    EXPECT_FALSE(core::StemTooLong("/v/" + japanese + ".mp4"));
+    EXPECT_TRUE(core::StemTooLong("/v/" + japanese + "\xE5\x8B\x95.mp4"));
+    // A name that begins with its only point has no extension.
+    EXPECT_TRUE(core::StemTooLong("/v/." + stem200));
+}

@@ -3,6 +3,7 @@
 
 #include <filesystem>
 
+#include "core/language.h"
 #include "support/recording_view.h"
 #include "support/test_support.h"
 #include "workspace/tab_merge.h"
@@ -32,6 +33,25 @@ std::string Clip(const TempDir &dir, const std::string &name)
 }
 
 } // namespace
+
+TEST(MergeTab, ADroppedPathNoToolCanTakeIsToldAndLeftOut)
+{
+    core::LoadLanguage(core::kLanguageEnglish);
+    TempDir dir;
+    MergeRig rig;
+    const std::string a = Clip(dir, "a.mp4");
+    const std::string quoted = dir.file("b\"c.mp4");
+    std::filesystem::copy_file(a, quoted);
+    rig.tab.DropFiles({quoted, a});
+    ASSERT_EQ(rig.view.errors.size(), 1u);
+    EXPECT_EQ(rig.view.errors[0].rfind(quoted + ": the name holds a double quote", 0), 0u);
+    ASSERT_EQ(rig.view.rows.size(), 1u);
+    EXPECT_EQ(rig.tab.Data().diff_list[0].strWorkFile, a);
+    rig.tab.OutputNameConfirmed(std::string(201, 'n') + ".mp4");
+    ASSERT_EQ(rig.view.errors.size(), 2u);
+    EXPECT_NE(rig.view.errors[1].find("the file name is too long"), std::string::npos);
+    EXPECT_EQ(rig.tab.Data().output_name, "a_conv_1920x1080_59.94.mp4");
+}
 
 TEST(MergeTab, FirstDropIntoAnEmptyTabMakesTheDefaultFolderAndName)
 {

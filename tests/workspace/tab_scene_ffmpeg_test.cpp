@@ -90,6 +90,53 @@ TEST(SceneTabOpen, TwoBrowsedVideosShareOneProjectFileWhileADropGivesItsOwn)
     EXPECT_EQ(dropRig.tab.Data().project_file, second + ".twproj");
 }
 
+TEST(SceneTabOpen, APathNoToolCanTakeOrATooLongNameIsToldAndChangesNothing)
+{
+    TempDir dir;
+    SceneRig rig;
+    const std::string clip = StillClip(dir, "clip.mp4");
+    ASSERT_EQ(rig.tab.OpenVideo(clip), 0);
+    const std::string project = rig.tab.Data().project_file;
+    const std::string quoted = dir.file("a\"b.mp4");
+    const std::string longName = dir.file(std::string(201, 'v') + ".mp4");
+    for (const std::string &copy : {quoted, longName}) {
+        std::filesystem::copy_file(clip, copy);
+    }
+    EXPECT_EQ(rig.tab.OpenVideo(quoted), -1);
+    EXPECT_EQ(rig.tab.OpenVideo(longName), -1);
+    rig.tab.OutputNameConfirmed("film\"1.mp4");
+    rig.tab.OutputFolderConfirmed(dir.file("out\nput"));
+    ASSERT_EQ(rig.view.errors.size(), 4u);
+    const std::string unusable = ": the name holds a double quote, a line break or another "
+                                 "character that cannot be handed to the video tools. Rename the "
+                                 "file or its folder.";
+    EXPECT_EQ(rig.view.errors[0], quoted + unusable);
+    EXPECT_EQ(rig.view.errors[1],
+              longName + ": the file name is too long for the files made from it. Shorten it to "
+                         "200 bytes or fewer without the extension (a Japanese character takes "
+                         "3).");
+    EXPECT_EQ(rig.view.errors[2], "film\"1.mp4" + unusable);
+    EXPECT_EQ(rig.view.errors[3], dir.file("out\nput/") + unusable);
+    EXPECT_EQ(rig.tab.Data().input_file, clip);
+    EXPECT_EQ(rig.tab.Data().project_file, project);
+    EXPECT_EQ(rig.tab.Data().output_name, "clip_trim.mp4");
+    EXPECT_EQ(rig.tab.Data().output_folder, clip + "_out/");
+    EXPECT_FALSE(Exists(dir.file("out\nput")));
+}
+
+TEST(SceneTabOpen, ANameOfTheLongestLengthOpensAndItsFilesAreMade)
+{
+    TempDir dir;
+    SceneRig rig;
+    const std::string stem(200, 'v');
+    const std::string clip = StillClip(dir, stem + ".mp4");
+    ASSERT_EQ(rig.tab.OpenVideo(clip), 0);
+    EXPECT_TRUE(rig.view.errors.empty());
+    EXPECT_TRUE(Exists(clip + ".twproj"));
+    EXPECT_TRUE(Exists(rig.tab.Data().pts_file));
+    EXPECT_EQ(rig.tab.Data().output_name, stem + "_trim.mp4");
+}
+
 TEST(SceneTabOpen, AMissingFileAFolderAndANonVideoAreToldAndChangeNothing)
 {
     TempDir dir;
