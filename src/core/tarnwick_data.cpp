@@ -253,7 +253,12 @@ std::string CTarnwickData::GetOutputPath() const
 
 std::string CTarnwickData::FrameToTimeCode(int frame) const
 {
-    double t = FrameSeconds(frame, viCurrent.fps);
+    return TruncatedTimeCodeAt(frame, viCurrent.fps);
+}
+
+std::string CTarnwickData::TruncatedTimeCodeAt(int frame, double fps)
+{
+    double t = FrameSeconds(frame, fps);
     // Truncation to hundredths.
     t = std::trunc(t * std::pow(10.0, 2)) * std::pow(10.0, -2);
     return SplitTimeCode(t);

@@ -152,6 +152,8 @@ public:
 
     // Time text of a frame at viCurrent.fps, truncated to hundredths: "%02d:%02d:%02d.%02d".
     std::string FrameToTimeCode(int frame) const;
+    // The same at a rate the caller read (under sceneLock, where workers write viCurrent).
+    static std::string TruncatedTimeCodeAt(int frame, double fps);
     // The same at fps (viCurrent.fps when fps is not above 0), without truncation.
     std::string FrameToTimeCodeAt(int frame, double fps) const;
     // Seconds of a frame as in FrameToTimeCodeAt, formatted with a printf format.

@@ -143,25 +143,27 @@ SceneRowText SceneRowTexts(const core::CTarnwickData &data, int row, std::option
 {
     SceneRowText texts;
     core::SceneEntry entry;
+    double fps = 0; // a scan's last-scene preview writes viCurrent from its thread
     {
         std::lock_guard lock(data.sceneLock.m);
         if (!ValidRow(data, row)) {
             return texts;
         }
         entry = data.diff_list[row];
+        fps = data.viCurrent.fps;
     }
     const int frames = RowFrameCount(entry, ListKind::Scene);
     texts.columns[0] = core::StrPrintf("%03d", row + 1);
     texts.columns[1] = core::StrPrintf("%d", entry.framNo_first);
     texts.columns[2] = core::StrPrintf("%d", entry.framNo_second);
     texts.columns[3] = core::StrPrintf("%d", frames);
-    texts.columns[4] = data.FrameToTimeCode(frames);
+    texts.columns[4] = core::CTarnwickData::TruncatedTimeCodeAt(frames, fps);
     texts.columns[5] = entry.capParam.caption;
     texts.columns[6] = core::StrPrintf("%.02f", entry.capParam.capTime_first);
     texts.columns[7] = core::StrPrintf("%.02f", entry.capParam.capTime_second);
     if (entry.bEnable && startFrame) {
         texts.columns[8] = core::StrPrintf("%d", *startFrame);
-        texts.columns[9] = data.FrameToTimeCode(*startFrame);
+        texts.columns[9] = core::CTarnwickData::TruncatedTimeCodeAt(*startFrame, fps);
     }
     GreyWhenUnticked(texts, entry.bEnable);
     return texts;
@@ -174,12 +176,14 @@ MergeRowText MergeRowTexts(const core::CTarnwickData &data,
 {
     MergeRowText texts;
     core::SceneEntry entry;
+    double fps = 0;
     {
         std::lock_guard lock(data.sceneLock.m);
         if (!ValidRow(data, row)) {
             return texts;
         }
         entry = data.diff_list[row];
+        fps = data.viCurrent.fps;
     }
     texts.columns[0] = core::StrPrintf("%03d", row + 1);
     texts.columns[1] = core::FileNamePart(entry.fileName);
@@ -191,10 +195,10 @@ MergeRowText MergeRowTexts(const core::CTarnwickData &data,
         texts.columns[3] = core::StrPrintf("%.02f", entry.viIn.fps);
         texts.columns[4] = core::StrPrintf("%d", entry.viIn.frame_num);
         texts.columns[5] = core::StrPrintf("%d", entry.viOut.frame_num);
-        texts.columns[6] = data.FrameToTimeCode(entry.viOut.frame_num);
+        texts.columns[6] = core::CTarnwickData::TruncatedTimeCodeAt(entry.viOut.frame_num, fps);
         if (entry.bEnable && startFrame) {
             texts.columns[7] = core::StrPrintf("%d", *startFrame);
-            texts.columns[8] = data.FrameToTimeCode(*startFrame);
+            texts.columns[8] = core::CTarnwickData::TruncatedTimeCodeAt(*startFrame, fps);
         }
     }
     GreyWhenUnticked(texts, entry.bEnable);
