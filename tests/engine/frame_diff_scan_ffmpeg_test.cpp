@@ -221,6 +221,9 @@ TEST(FrameDiffScan, StopDuringTheScanKeepsFinishedScenesAndTheirSegments)
     ASSERT_TRUE(rig.engine.bThreadRunning) << "the scan ended before it could be stopped";
     rig.engine.CancelProcess();
     rig.engine.JoinAfterScanThread();
+    // After the scan the last scene's still is made on the preview thread: a tool of its own,
+    // started after the stop, that ends by itself. Only the tools of the scan must be gone.
+    rig.engine.EndPreviewThread();
 
     EXPECT_EQ(rig.engine.nProcessExitCode, -2);
     EXPECT_EQ(States(rig.Scene()).back(), "5:");
