@@ -99,24 +99,14 @@ TEST(CliAutoPicture, PathsThatACommandCannotCarryAreRefused)
 
 TEST(CliAutoPicture, BadArgumentsAreNamedBeforeTheUsage)
 {
-    struct Case
-    {
-        std::vector<std::string> args;
-        std::string problem;
-    };
-    const Case cases[] = {
-        {{"autopicture"}, "VIDEO is missing"},
-        {{"autopicture", "a.mp4", "b.mp4"}, "unexpected argument \"b.mp4\""},
-        {{"autopicture", "--json"}, "unknown option --json"},
-    };
-    for (const Case &c : cases) {
-        testsupport::RunResult r = RunCli(c.args);
-        EXPECT_EQ(r.exitCode, 2);
-        EXPECT_EQ(r.err,
-                  "tarnwickmp4-cli autopicture: " + c.problem +
-                      "\nUsage: tarnwickmp4-cli autopicture VIDEO\n");
-        EXPECT_EQ(r.out, "");
-    }
+    testsupport::ExpectArgumentProblems(
+        "autopicture",
+        "Usage: tarnwickmp4-cli autopicture VIDEO\n",
+        {
+            {{"autopicture"}, "VIDEO is missing"},
+            {{"autopicture", "a.mp4", "b.mp4"}, "unexpected argument \"b.mp4\""},
+            {{"autopicture", "--json"}, "unknown option --json"},
+        });
     testsupport::RunResult help = RunCli({"--help"});
     EXPECT_NE(help.out.find("  tarnwickmp4-cli autopicture VIDEO\n"), std::string::npos);
 }

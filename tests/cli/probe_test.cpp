@@ -69,27 +69,17 @@ TEST(CliProbe, KindPrintsFfprobesOwnText)
 
 TEST(CliProbe, BadKindOrArgumentsAreNamedBeforeTheUsage)
 {
-    struct Case
-    {
-        std::vector<std::string> args;
-        std::string problem;
-    };
-    const Case cases[] = {
-        {{"probe"}, "FILE is missing"},
-        {{"probe", "a.mp4", "--kind", "6"}, "--kind: \"6\" is not a whole number from 1 to 5"},
-        {{"probe", "a.mp4", "--kind", "0"}, "--kind: \"0\" is not a whole number from 1 to 5"},
-        {{"probe", "a.mp4", "--kind"}, "--kind needs a value"},
-        {{"probe", "a.mp4", "--kind", "1", "--kind", "2"}, "--kind is given twice"},
-        {{"probe", "a.mp4", "b.mp4"}, "unexpected argument \"b.mp4\""},
-    };
-    for (const Case &c : cases) {
-        testsupport::RunResult r = RunCli(c.args);
-        EXPECT_EQ(r.exitCode, 2);
-        EXPECT_EQ(r.err,
-                  "tarnwickmp4-cli probe: " + c.problem +
-                      "\nUsage: tarnwickmp4-cli probe FILE [--kind N]\n");
-        EXPECT_EQ(r.out, "");
-    }
+    testsupport::ExpectArgumentProblems(
+        "probe",
+        "Usage: tarnwickmp4-cli probe FILE [--kind N]\n",
+        {
+            {{"probe"}, "FILE is missing"},
+            {{"probe", "a.mp4", "--kind", "6"}, "--kind: \"6\" is not a whole number from 1 to 5"},
+            {{"probe", "a.mp4", "--kind", "0"}, "--kind: \"0\" is not a whole number from 1 to 5"},
+            {{"probe", "a.mp4", "--kind"}, "--kind needs a value"},
+            {{"probe", "a.mp4", "--kind", "1", "--kind", "2"}, "--kind is given twice"},
+            {{"probe", "a.mp4", "b.mp4"}, "unexpected argument \"b.mp4\""},
+        });
 }
 
 TEST(CliProbe, MissingFileIsNamed)

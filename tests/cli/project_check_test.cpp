@@ -161,29 +161,20 @@ TEST(ProjectCheck, TruncatedFileIsRefusedOnOneLine)
 
 TEST(ProjectCheck, BadArgumentsAreNamedBeforeTheUsage)
 {
-    struct Case
-    {
-        std::vector<std::string> args;
-        std::string problem;
-    };
-    const Case cases[] = {
-        {{"project"}, "the command word \"check\" is missing"},
-        {{"project", "check"}, "FILE is missing"},
-        {{"project", "verify", "a.twproj"},
-         "\"verify\" is not a project command; \"check\" is the one there is"},
-        {{"project", "check", "a.twproj", "b.twproj"}, "unexpected argument \"b.twproj\""},
-        {{"project", "check", "--bogus", "a.twproj"}, "unknown option --bogus"},
-        {{"project", "check", "a.twproj", "--write"}, "--write needs a value"},
-        {{"project", "check", "a.twproj", "--write", "x", "--write", "y"},
-         "--write is given twice"},
-    };
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.args.back());
-        RunResult result = RunCli(c.args);
-        EXPECT_EQ(result.exitCode, 2);
-        EXPECT_EQ(result.err, "tarnwickmp4-cli project: " + c.problem + "\n" + kUsage);
-        EXPECT_EQ(result.out, "");
-    }
+    testsupport::ExpectArgumentProblems(
+        "project",
+        kUsage,
+        {
+            {{"project"}, "the command word \"check\" is missing"},
+            {{"project", "check"}, "FILE is missing"},
+            {{"project", "verify", "a.twproj"},
+             "\"verify\" is not a project command; \"check\" is the one there is"},
+            {{"project", "check", "a.twproj", "b.twproj"}, "unexpected argument \"b.twproj\""},
+            {{"project", "check", "--bogus", "a.twproj"}, "unknown option --bogus"},
+            {{"project", "check", "a.twproj", "--write"}, "--write needs a value"},
+            {{"project", "check", "a.twproj", "--write", "x", "--write", "y"},
+             "--write is given twice"},
+        });
 }
 
 TEST(ProjectCheck, WriteProducesWhatSaveProjectFileWrites)

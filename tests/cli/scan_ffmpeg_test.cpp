@@ -264,24 +264,16 @@ TEST(CliScan, BadArgumentsAreNamedBeforeTheUsage)
     const std::string usage =
         "Usage: tarnwickmp4-cli scan VIDEO [--threshold N] [--valid-min S] [--cut-min S] "
         "[--json]\n";
-    struct Case
-    {
-        std::vector<std::string> args;
-        std::string problem;
-    };
-    const Case cases[] = {
-        {{"scan"}, "VIDEO is missing"},
-        {{"scan", "a.mp4", "b.mp4"}, "unexpected argument \"b.mp4\""},
-        {{"scan", "a.mp4", "--threshold"}, "--threshold needs a value"},
-        {{"scan", "a.mp4", "--output-folder", "x"}, "--output-folder does not apply to scan"},
-        {{"scan", "a.mp4", "--fast"}, "unknown option --fast"},
-    };
-    for (const Case &c : cases) {
-        testsupport::RunResult r = RunCli(c.args);
-        EXPECT_EQ(r.exitCode, 2);
-        EXPECT_EQ(r.err, "tarnwickmp4-cli scan: " + c.problem + "\n" + usage);
-        EXPECT_EQ(r.out, "");
-    }
+    testsupport::ExpectArgumentProblems(
+        "scan",
+        usage,
+        {
+            {{"scan"}, "VIDEO is missing"},
+            {{"scan", "a.mp4", "b.mp4"}, "unexpected argument \"b.mp4\""},
+            {{"scan", "a.mp4", "--threshold"}, "--threshold needs a value"},
+            {{"scan", "a.mp4", "--output-folder", "x"}, "--output-folder does not apply to scan"},
+            {{"scan", "a.mp4", "--fast"}, "unknown option --fast"},
+        });
     testsupport::RunResult r = RunCli({"extract", "a.mp4", "--cut-min", "1,5"});
     EXPECT_EQ(r.exitCode, 2);
     EXPECT_EQ(testsupport::FirstLine(r.err),

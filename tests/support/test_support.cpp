@@ -113,6 +113,19 @@ RunResult RunCli(const std::vector<std::string> &args)
     return RunProgram(argv);
 }
 
+void ExpectArgumentProblems(const std::string &command,
+                            const std::string &usage,
+                            const std::vector<ArgumentCase> &cases)
+{
+    for (const ArgumentCase &c : cases) {
+        SCOPED_TRACE(c.problem);
+        RunResult r = RunCli(c.args);
+        EXPECT_EQ(r.exitCode, 2);
+        EXPECT_EQ(r.out, "");
+        EXPECT_EQ(r.err, "tarnwickmp4-cli " + command + ": " + c.problem + "\n" + usage);
+    }
+}
+
 bool MakeClip(const std::string &path,
               const std::string &lavfi,
               const std::vector<std::string> &outputArgs)

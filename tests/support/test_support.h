@@ -37,6 +37,19 @@ RunResult RunProgram(const std::vector<std::string> &argv);
 // Runs the command-line front end with the given arguments.
 RunResult RunCli(const std::vector<std::string> &args);
 
+// A command line that its command must refuse, and the problem it must name.
+struct ArgumentCase
+{
+    std::vector<std::string> args;
+    std::string problem;
+};
+
+// Runs each case: exit 2, nothing on standard output, and on standard error exactly
+// "tarnwickmp4-cli COMMAND: PROBLEM" followed by usage (the whole usage line with its "\n").
+void ExpectArgumentProblems(const std::string &command,
+                            const std::string &usage,
+                            const std::vector<ArgumentCase> &cases);
+
 // Makes a video clip with ffmpeg from a lavfi source description, for example
 // "testsrc2=size=160x120:rate=25:duration=2". Extra output arguments go before the file name.
 // Fails the current test (ADD_FAILURE) and returns false when ffmpeg fails.
