@@ -251,6 +251,36 @@ std::string CTarnwickData::GetOutputPath() const
     return output_folder + output_name;
 }
 
+std::string CTarnwickData::InputFile() const
+{
+    std::lock_guard<std::mutex> lock(sceneLock.m);
+    return input_file;
+}
+
+void CTarnwickData::SetInputFile(const std::string &path)
+{
+    std::lock_guard<std::mutex> lock(sceneLock.m);
+    input_file = path;
+}
+
+std::string CTarnwickData::PlayableInput() const
+{
+    std::lock_guard<std::mutex> lock(sceneLock.m);
+    return input_mp4_file.empty() ? input_file : input_mp4_file;
+}
+
+int CTarnwickData::SelectedRow() const
+{
+    std::lock_guard<std::mutex> lock(sceneLock.m);
+    return list_idx;
+}
+
+VideoInfo CTarnwickData::CurrentVideo() const
+{
+    std::lock_guard<std::mutex> lock(sceneLock.m);
+    return viCurrent;
+}
+
 std::string CTarnwickData::FrameToTimeCode(int frame) const
 {
     return TruncatedTimeCodeAt(frame, viCurrent.fps);

@@ -150,6 +150,18 @@ public:
     // output_folder + output_name, or empty when either is empty.
     std::string GetOutputPath() const;
 
+    // The merge analysis points input_file at each file of its list in turn, and the
+    // analyses set input_mp4_file, from their threads under sceneLock. Code on other threads
+    // reads and writes the two through these, which take sceneLock.
+    std::string InputFile() const;
+    void SetInputFile(const std::string &path);
+    // The file a player shows for the input: input_mp4_file, or input_file without one.
+    std::string PlayableInput() const;
+    // list_idx and viCurrent, which scans, analyses and stills also write from their
+    // threads, read under sceneLock.
+    int SelectedRow() const;
+    VideoInfo CurrentVideo() const;
+
     // Time text of a frame at viCurrent.fps, truncated to hundredths: "%02d:%02d:%02d.%02d".
     std::string FrameToTimeCode(int frame) const;
     // The same at a rate the caller read (under sceneLock, where workers write viCurrent).

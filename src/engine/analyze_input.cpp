@@ -60,22 +60,24 @@ int CTarnwickProcess::AnalyzeInputFile(bool bProjectLoad, int nScene)
 
 int CTarnwickProcess::PrepareWorkingFile(std::string &src)
 {
-    const std::string input = pData->input_file;
+    const std::string input = pData->InputFile();
     const std::string fieldOrder = pData->viInput.field_order;
-    if (UsedAsItIs(input, fieldOrder)) {
-        pData->input_mp4_file.clear();
-    } else {
+    std::string working;
+    if (!UsedAsItIs(input, fieldOrder)) {
         // An existing working file is trusted: it only ever gets its name when whole.
-        const std::string working = WorkingFilePath(*pData);
+        working = WorkingFilePath(*pData);
         if (!FileExists(working)) {
             int r = ConvertToMp4(input, working, NeedsDeinterlace(fieldOrder));
             if (r != kJobOk) {
                 return r;
             }
         }
+    }
+    {
+        std::lock_guard<std::mutex> lock(pData->sceneLock.m);
         pData->input_mp4_file = working;
     }
-    src = pData->input_mp4_file.empty() ? input : pData->input_mp4_file;
+    src = working.empty() ? input : working;
     return kJobOk;
 }
 

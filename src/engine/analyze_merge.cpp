@@ -79,7 +79,7 @@ int CTarnwickProcess::ProcessAnalysis()
 
 int CTarnwickProcess::AnalyzeMergeSource(int nRow)
 {
-    const std::string input = pData->input_file;
+    const std::string input = pData->InputFile();
     int r = OpenVideoFile(input);
     if (r != kJobOk) {
         return r;
@@ -100,7 +100,10 @@ int CTarnwickProcess::AnalyzeMergeSource(int nRow)
             return r;
         }
     }
-    pData->input_mp4_file.clear();
+    {
+        std::lock_guard<std::mutex> lock(pData->sceneLock.m);
+        pData->input_mp4_file.clear();
+    }
     const core::MergeRate rate = core::MergeRateAt(nRateIndex);
     const core::MergeSize size = core::MergeSizeAt(nSizeIndex);
     std::string segment;

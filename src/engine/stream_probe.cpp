@@ -49,6 +49,7 @@ bool CTarnwickProcess::ProbeVideoJson(const std::string &text,
 {
     ProbeContext context;
     if (pData != nullptr) {
+        std::lock_guard<std::mutex> lock(pData->sceneLock.m);
         context.input_file = pData->input_file;
         context.inputFrameNum = pData->viInput.frame_num;
     }

@@ -235,11 +235,12 @@ ControlFacts CTarnwickTab::CommonFacts(bool bEnable) const
     ControlFacts f;
     f.bEnable = bEnable;
     f.nProcessID = m_Process.nProcessID;
-    f.bInputFile = !m_Data.input_file.empty();
+    const std::string input = m_Data.InputFile();
+    f.bInputFile = !input.empty();
     f.bOutputFolder = !m_Data.output_folder.empty();
     f.bOutputName = !m_Data.output_name.empty();
     f.bListEmpty = RowCount() == 0;
-    f.bInputExists = Exists(m_Data.input_file);
+    f.bInputExists = Exists(input);
     f.bOutputExists = Exists(m_Data.GetOutputPath());
     f.bFolderExists = IsFolder(m_Data.output_folder);
     f.bOutputOnShow =
@@ -308,7 +309,7 @@ bool CTarnwickTab::ShowStill(const std::string &file,
     }
     // The caption of a still is the one in force at its frame.
     const double at = std::strtod(seconds.c_str(), nullptr);
-    m_Process.nPreviewFrame = static_cast<int>(std::lround(at * m_Data.viCurrent.fps));
+    m_Process.nPreviewFrame = static_cast<int>(std::lround(at * m_Data.CurrentVideo().fps));
     m_Process.strPreviewTime = seconds;
     m_Process.SetPreviewImage(file, seconds, bProject, nScene);
     return true;

@@ -106,7 +106,7 @@ void CTarnwickTabMerge::DropFiles(const std::vector<std::string> &paths)
         if (m_Process.GetVideoInfoFfprobe(path, info) != 0) {
             continue; // left out without a word, as the tab has always done
         }
-        m_Data.input_file = path;
+        m_Data.SetInputFile(path);
         bool empty = false;
         {
             std::lock_guard<std::mutex> lock(m_Data.sceneLock.m);
@@ -140,7 +140,7 @@ void CTarnwickTabMerge::DropFiles(const std::vector<std::string> &paths)
             m_Data.diff_list.push_back(entry);
             m_Data.list_idx = static_cast<int>(m_Data.diff_list.size()) - 1;
         }
-        FillList(m_Data.list_idx);
+        FillList(m_Data.SelectedRow());
     }
     RefreshInputSummary();
     UpdateControls(true);
@@ -308,8 +308,7 @@ void CTarnwickTabMerge::BrowseOutputFolder()
 
 void CTarnwickTabMerge::ShowInput()
 {
-    ShowWholeFile(engine::kJobPlayInput,
-                  m_Data.input_mp4_file.empty() ? m_Data.input_file : m_Data.input_mp4_file);
+    ShowWholeFile(engine::kJobPlayInput, m_Data.PlayableInput());
 }
 
 void CTarnwickTabMerge::ShowOutput()
@@ -342,7 +341,7 @@ void CTarnwickTabMerge::OnScenesChanged(const engine::JobMessage &msg)
         count = static_cast<int>(m_Data.diff_list.size());
     }
     if (row < 0 || row >= count) {
-        FillList(m_Data.list_idx);
+        FillList(m_Data.SelectedRow());
     } else {
         std::vector<ListRow> rows = ListRows();
         m_view.ShowRow(row, rows[row]);
@@ -355,7 +354,7 @@ void CTarnwickTabMerge::OnScenesChanged(const engine::JobMessage &msg)
 FieldTexts CTarnwickTabMerge::Fields() const
 {
     FieldTexts f;
-    f.inputPath = m_Data.input_file;
+    f.inputPath = m_Data.InputFile();
     f.outputFolder = m_Data.output_folder;
     f.outputName = m_Data.output_name;
     f.bTransition = m_Data.transition != 0;

@@ -57,13 +57,13 @@ void CTarnwickTabMerge::SelectRow(int nRow, int nColumn)
         entry = m_Data.diff_list[nRow];
     }
     const bool bChanged =
-        nRow != m_Data.list_idx || entry.fileName != m_Process.strPreviewFile.get();
+        nRow != m_Data.SelectedRow() || entry.fileName != m_Process.strPreviewFile.get();
     {
         std::lock_guard<std::mutex> lock(m_Data.sceneLock.m);
         m_Data.list_idx = nRow;
         m_Data.nListSubItem = nColumn;
     }
-    m_Data.input_file = entry.strWorkFile;
+    m_Data.SetInputFile(entry.strWorkFile);
     if (bChanged) {
         ShowFields();
     }
@@ -118,11 +118,11 @@ ContextMenu CTarnwickTabMerge::ContextMenuAt(int nRow, int nColumn) const
 void CTarnwickTabMerge::DeleteRow()
 {
     m_bListEvents = 0;
-    const ListChange change = workspace::DeleteRow(m_Data, m_Data.list_idx, ListKind::Merge);
+    const ListChange change = workspace::DeleteRow(m_Data, m_Data.SelectedRow(), ListKind::Merge);
     if (change.bResetScenes) {
         ClearSegments(true);
     } else if (change.bChanged) {
-        FillList(m_Data.list_idx);
+        FillList(m_Data.SelectedRow());
         UpdatePositionReadout(0, change.nDeletedFrames, 0);
         RefreshInputSummary();
     }
@@ -132,8 +132,8 @@ void CTarnwickTabMerge::DeleteRow()
 void CTarnwickTabMerge::DuplicateRow()
 {
     m_bListEvents = 0;
-    if (workspace::DuplicateRow(m_Data, m_Data.list_idx).bChanged) {
-        FillList(m_Data.list_idx);
+    if (workspace::DuplicateRow(m_Data, m_Data.SelectedRow()).bChanged) {
+        FillList(m_Data.SelectedRow());
         RefreshInputSummary();
     }
     m_bListEvents = 1;

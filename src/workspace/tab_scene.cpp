@@ -141,7 +141,7 @@ int CTarnwickTabScene::AnalyzeInput(bool bProjectLoad)
     m_analysis = AnalysisReport{};
     const std::string working = engine::WorkingFilePath(m_Data);
     const bool bWorkingThere = Exists(working);
-    const int r = m_Process.AnalyzeInputFile(bProjectLoad, m_Data.list_idx);
+    const int r = m_Process.AnalyzeInputFile(bProjectLoad, m_Data.SelectedRow());
     m_report.bFinished = true;
     m_report.nResult = r;
     m_analysis.bProbed = m_Data.viSource.width > 0;
@@ -229,7 +229,7 @@ int CTarnwickTabScene::OpenProject(const std::string &given, bool bForce)
     if (r != 0) {
         // The project stays loaded with its list.
         ReportProblem(kIdsProjectInputGone, m_Data.input_file, path);
-        FillList(m_Data.list_idx);
+        FillList(m_Data.SelectedRow());
         UpdateControls(true);
         m_view.SetBusyCursor(false);
         return r;
@@ -252,7 +252,7 @@ int CTarnwickTabScene::OpenProjectList(const std::string &given)
         std::lock_guard<std::mutex> lock(m_Data.sceneLock.m);
         m_Data.viCurrent = m_Data.viInput;
     }
-    FillList(m_Data.list_idx);
+    FillList(m_Data.SelectedRow());
     UpdateControls(true);
     m_view.SetBusyCursor(false);
     return 0;
@@ -317,12 +317,12 @@ void CTarnwickTabScene::ResetScenes(bool bMakeDefault)
     if (bMakeDefault) {
         workspace::MakeDefaultScene(m_Data);
         m_CellValue = core::ParamRange{};
-        FillList(m_Data.list_idx);
+        FillList(m_Data.SelectedRow());
         ResetStatusBar();
         m_captions.LoadCaptionFields(m_Data);
         ShowFields();
         core::DeleteByPattern(core::SegmentPattern(m_Data));
-        m_Process.EnqueueSceneCheck(m_Data.list_idx, true);
+        m_Process.EnqueueSceneCheck(m_Data.SelectedRow(), true);
     } else {
         m_captions.ResetTarget(m_Data);
         ShowFields();
@@ -354,7 +354,7 @@ void CTarnwickTabScene::EnqueueCurrentCheck()
         any = !m_Data.diff_list.empty();
     }
     if (any) {
-        m_Process.EnqueueSceneCheck(m_Data.list_idx, true);
+        m_Process.EnqueueSceneCheck(m_Data.SelectedRow(), true);
     }
 }
 

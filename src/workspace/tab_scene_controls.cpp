@@ -209,8 +209,7 @@ void CTarnwickTabScene::FinalOutput()
 
 void CTarnwickTabScene::ShowInput()
 {
-    ShowWholeFile(engine::kJobPlayInput,
-                  m_Data.input_mp4_file.empty() ? m_Data.input_file : m_Data.input_mp4_file);
+    ShowWholeFile(engine::kJobPlayInput, m_Data.PlayableInput());
 }
 
 void CTarnwickTabScene::PlayInput(const std::string &seconds)
@@ -220,7 +219,7 @@ void CTarnwickTabScene::PlayInput(const std::string &seconds)
         // A repeat of the same playback job resumes at the stored position.
         m_Process.nPlayJob = engine::kJobPlayInput;
         m_Process.nPreviewFrame =
-            static_cast<int>(std::lround(ParseValue(seconds) * m_Data.viCurrent.fps));
+            static_cast<int>(std::lround(ParseValue(seconds) * m_Data.CurrentVideo().fps));
         m_Process.strPreviewTime = seconds;
     }
     StartProcess(engine::kJobPlayInput);
@@ -228,9 +227,10 @@ void CTarnwickTabScene::PlayInput(const std::string &seconds)
 
 std::string CTarnwickTabScene::PlayStart(const std::string &seconds) const
 {
-    const int frame = static_cast<int>(std::lround(ParseValue(seconds) * m_Data.viCurrent.fps));
+    const core::VideoInfo current = m_Data.CurrentVideo();
+    const int frame = static_cast<int>(std::lround(ParseValue(seconds) * current.fps));
     const bool bRestart =
-        seconds.empty() || engine::IsPlaybackRestart(seconds, frame, m_Data.viCurrent.frame_num);
+        seconds.empty() || engine::IsPlaybackRestart(seconds, frame, current.frame_num);
     return bRestart ? core::StrPrintf("%.6f", 0.0) : seconds;
 }
 
@@ -380,8 +380,7 @@ void CTarnwickTabScene::ResetSceneList()
 void CTarnwickTabScene::AutoPicture()
 {
     const int running = m_Process.nProcessID;
-    const std::string path =
-        m_Data.input_mp4_file.empty() ? m_Data.input_file : m_Data.input_mp4_file;
+    const std::string path = m_Data.PlayableInput();
     RunHelper([this, running, path] {
         if (running == engine::kJobPlayScenes) {
             m_Process.CancelProcess();
@@ -398,7 +397,7 @@ void CTarnwickTabScene::AutoPicture()
         }
         if (!engine::IsPlaybackJobNumber(running)) {
             m_Process.CancelProcess();
-            m_Process.EnqueueSceneCheck(m_Data.list_idx, true);
+            m_Process.EnqueueSceneCheck(m_Data.SelectedRow(), true);
         } else if (running == engine::kJobPlayScenes) {
             m_Process.StartThread(engine::kJobPlayScenes);
         }

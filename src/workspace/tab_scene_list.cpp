@@ -118,7 +118,7 @@ void CTarnwickTabScene::SelectRow(int nRow, int nColumn)
     if (m_bListEvents == 0 || m_Process.IsRenderJob() || nRow < 0 || nRow >= count) {
         return;
     }
-    const bool bChanged = nRow != m_Data.list_idx || file != m_Process.strPreviewFile.get();
+    const bool bChanged = nRow != m_Data.SelectedRow() || file != m_Process.strPreviewFile.get();
     {
         std::lock_guard<std::mutex> lock(m_Data.sceneLock.m);
         m_Data.list_idx = nRow;
@@ -186,13 +186,14 @@ void CTarnwickTabScene::OnCellEdited(const std::string &text)
         return;
     }
     m_bCellEdit = false;
-    const CellEditResult result = ApplyCellEdit(m_Data, m_Data.list_idx, m_Data.nListSubItem, text);
+    const CellEditResult result =
+        ApplyCellEdit(m_Data, m_Data.SelectedRow(), m_Data.nListSubItem, text);
     if (!result.bChanged) {
         return;
     }
     m_captions.LoadCaptionFields(m_Data);
     UpdateControls(false);
-    FillList(m_Data.list_idx);
+    FillList(m_Data.SelectedRow());
     UpdateControls(true);
     ShowFields();
     if (engine::IsPlaybackJobNumber(m_Process.nProcessID)) {
@@ -209,14 +210,14 @@ ContextMenu CTarnwickTabScene::ContextMenuAt(int nRow, int nColumn) const
 
 void CTarnwickTabScene::SplitRow()
 {
-    const int row = m_Data.list_idx;
+    const int row = m_Data.SelectedRow();
     if (!CanSplit(m_Data, row)) {
         return;
     }
     m_bListEvents = 0;
     const ListChange change = workspace::SplitRow(m_Data, row, m_Process.nPreviewFrame);
     DeleteFiles(change.filesToDelete);
-    FillList(m_Data.list_idx);
+    FillList(m_Data.SelectedRow());
     for (int scene : change.scenesToCheck) {
         m_Process.EnqueueSceneCheck(scene, true);
     }
@@ -232,7 +233,7 @@ std::string CTarnwickTabScene::ApplyEdit(const SceneEdit &edit)
     std::string problem = ApplySceneEdit(m_Data, edit);
     if (problem.empty()) {
         m_captions.LoadCaptionFields(m_Data);
-        FillList(m_Data.list_idx);
+        FillList(m_Data.SelectedRow());
         ShowFields();
     }
     m_bListEvents = 1;
@@ -241,14 +242,14 @@ std::string CTarnwickTabScene::ApplyEdit(const SceneEdit &edit)
 
 void CTarnwickTabScene::DeleteRow()
 {
-    const int row = m_Data.list_idx;
+    const int row = m_Data.SelectedRow();
     m_bListEvents = 0;
     const ListChange change = workspace::DeleteRow(m_Data, row, ListKind::Scene);
     if (change.bResetScenes) {
         ResetScenes(true);
     } else if (change.bChanged) {
         DeleteFiles(change.filesToDelete);
-        FillList(m_Data.list_idx);
+        FillList(m_Data.SelectedRow());
         UpdatePositionReadout(0, change.nDeletedFrames, SceneOffset());
         for (int scene : change.scenesToCheck) {
             m_Process.EnqueueSceneCheck(scene, true);
@@ -260,9 +261,9 @@ void CTarnwickTabScene::DeleteRow()
 void CTarnwickTabScene::DuplicateRow()
 {
     m_bListEvents = 0;
-    const ListChange change = workspace::DuplicateRow(m_Data, m_Data.list_idx);
+    const ListChange change = workspace::DuplicateRow(m_Data, m_Data.SelectedRow());
     if (change.bChanged) {
-        FillList(m_Data.list_idx);
+        FillList(m_Data.SelectedRow());
     }
     m_bListEvents = 1;
 }
