@@ -49,8 +49,13 @@ std::string RateArgs(const std::string &r_frame_rate)
 
 std::string WorkingFilePath(const core::CTarnwickData &data)
 {
-    std::string renamed = core::ReplaceExtension(
-        data.input_file, IntermediateName(data.bUseCuda, data.nEncodePreset));
+    return WorkingFilePath(data, data.bUseCuda, data.nEncodePreset);
+}
+
+std::string WorkingFilePath(const core::CTarnwickData &data, int bUseCuda, int nEncodePreset)
+{
+    std::string renamed =
+        core::ReplaceExtension(data.input_file, IntermediateName(bUseCuda, nEncodePreset));
     return core::StrPrintf("%s%s", data.output_folder.c_str(), core::FileNamePart(renamed).c_str());
 }
 

@@ -40,5 +40,7 @@ std::string RateArgs(const std::string &r_frame_rate);
 // The working MP4 of the project's input under its current switches: output_folder followed
 // by the file name of input_file with its extension replaced by IntermediateName.
 std::string WorkingFilePath(const core::CTarnwickData &data);
+// The same under given switches.
+std::string WorkingFilePath(const core::CTarnwickData &data, int bUseCuda, int nEncodePreset);
 
 } // namespace engine

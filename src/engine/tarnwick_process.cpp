@@ -11,6 +11,7 @@
 #include "core/language.h"
 #include "core/paths.h"
 #include "core/project_names.h"
+#include "engine/encoder_presets.h"
 #include "engine/job_states.h"
 
 namespace engine {
@@ -110,10 +111,17 @@ void CTarnwickProcess::DeletePartialSegments()
         return;
     }
     core::DeleteByPattern(core::PartialSegmentPattern(*pData));
+    std::error_code ignored;
     const std::string output = pData->GetOutputPath();
     if (!output.empty()) {
-        std::error_code ignored;
         std::filesystem::remove(core::PartialSegmentPath(output), ignored);
+    }
+    // A working file in the making, under any of the encoder settings.
+    for (int cuda = 0; cuda < 2; ++cuda) {
+        for (int preset = 0; preset < 3; ++preset) {
+            std::filesystem::remove(core::PartialSegmentPath(WorkingFilePath(*pData, cuda, preset)),
+                                    ignored);
+        }
     }
     checkMutex.unlock();
 }

@@ -13,6 +13,7 @@
 
 #include "core/project_names.h"
 #include "engine/cut_fixture.h"
+#include "engine/encoder_presets.h"
 #include "support/test_support.h"
 
 namespace {
@@ -60,13 +61,23 @@ TEST(CutSafety, PartialFilesOfAKilledRunAreDeletedAtTheNextJob)
     const std::string leftover = core::SegmentStem(p.rig.data) + "5_9.partial.mp4";
     const std::string foreign = p.rig.data.output_folder + "other_seg_5_9.partial.mp4";
     const std::string segment = core::SegmentPath(p.rig.data, 5, 9);
-    for (const std::string &file : {leftover, foreign, segment}) {
+    // Conversions to a working file under two of the six encoder settings.
+    const std::string conversion =
+        core::PartialSegmentPath(engine::WorkingFilePath(p.rig.data, 0, 1));
+    const std::string cudaConversion =
+        core::PartialSegmentPath(engine::WorkingFilePath(p.rig.data, 1, 2));
+    const std::string foreignConversion = p.rig.data.output_folder + "other_input_cs.partial.mp4";
+    for (const std::string &file :
+         {leftover, foreign, segment, conversion, cudaConversion, foreignConversion}) {
         ASSERT_TRUE(testsupport::WriteFile(file, "half"));
     }
     ASSERT_EQ(p.rig.engine.StartThread(engine::kJobSegmentOutput), 1);
     p.rig.WaitForJob();
     EXPECT_FALSE(fs::exists(leftover));
+    EXPECT_FALSE(fs::exists(conversion));
+    EXPECT_FALSE(fs::exists(cudaConversion));
     EXPECT_TRUE(fs::exists(foreign)) << "another project's file is left alone";
+    EXPECT_TRUE(fs::exists(foreignConversion)) << "another input's conversion is left alone";
     EXPECT_TRUE(fs::exists(segment)) << "a finished segment is no leftover";
 }
 
