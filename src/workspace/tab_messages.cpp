@@ -153,9 +153,8 @@ void CTarnwickTab::OnJobMessage(const JobMessage &msg)
         } else {
             SetPane(kPaneElapsed, "");
         }
-        if (msg.lParam >= 0) {
-            m_view.SetProgressCount(0, static_cast<int>(msg.lParam));
-        }
+        // A stage without a total shows no count, rather than the stage's before it.
+        m_view.SetProgressCount(0, static_cast<int>(std::max<int64_t>(msg.lParam, 0)));
         break;
     }
     case AppMessage::WM_APP_PROGRESS: {

@@ -153,7 +153,7 @@ public:
     virtual void SetStatusPane(int nPane, const std::string &text) = 0;
     virtual void SetProgress(int nPercent) = 0;
     // How much of the stage's total is done (frames, or scenes), as the progress pane shows
-    // it; a stage without a total reports none.
+    // it; a stage without a total reports 0 of 0 when it begins.
     virtual void SetProgressCount(int nDone, int nTotal) = 0;
     // The position bar, 0 to 1000.
     virtual void SetPositionBar(int nValue) = 0;

@@ -161,6 +161,18 @@ TEST(SceneTab, ProgressBarOnlyGrowsWithinAJob)
     EXPECT_EQ(rig.view.progress, 0);
 }
 
+TEST(SceneTab, AStageWithoutATotalShowsNoCountOfTheStageBefore)
+{
+    SceneRig rig;
+    rig.tab.OnJobMessage({AppMessage::WM_APP_STAGE_BEGIN, 0, 3, "Precheck"});
+    rig.tab.OnJobMessage({AppMessage::WM_APP_PROGRESS, 3, 3, std::nullopt});
+    EXPECT_EQ(rig.view.progressDone, 3);
+    EXPECT_EQ(rig.view.progressTotal, 3);
+    rig.tab.OnJobMessage({AppMessage::WM_APP_STAGE_BEGIN, 0, -1, "Final Merge"});
+    EXPECT_EQ(rig.view.progressDone, 0);
+    EXPECT_EQ(rig.view.progressTotal, 0);
+}
+
 TEST(SceneTab, ConfirmedThresholdShowsTheNormalFormOfTheValue)
 {
     SceneRig rig;
