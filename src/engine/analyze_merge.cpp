@@ -100,15 +100,12 @@ int CTarnwickProcess::AnalyzeMergeSource(int nRow)
             return r;
         }
     }
-    {
-        std::lock_guard<std::mutex> lock(pData->sceneLock.m);
-        pData->input_mp4_file.clear();
-    }
     const core::MergeRate rate = core::MergeRateAt(nRateIndex);
     const core::MergeSize size = core::MergeSizeAt(nSizeIndex);
     std::string segment;
     {
         std::lock_guard<std::mutex> lock(pData->sceneLock.m);
+        pData->input_mp4_file.clear();
         pData->list_idx = nRow;
         core::SceneEntry &row = pData->diff_list[static_cast<size_t>(nRow)];
         if (!working.empty()) {
