@@ -264,7 +264,7 @@ void CTarnwickProcess::SendEndState(int result)
 
 std::string CTarnwickProcess::SourcePath() const
 {
-    return pData->input_mp4_file.empty() ? pData->input_file : pData->input_mp4_file;
+    return pData->PlayableInput();
 }
 
 std::string CTarnwickProcess::OutputPath() const

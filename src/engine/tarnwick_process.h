@@ -445,7 +445,7 @@ public:
     // file takes target's name (a failing rename sends state 3 naming target and gives -1);
     // otherwise, or then, the partial file is deleted. Returns the result.
     int SettlePartialFile(int result, const std::string &partial, const std::string &target);
-    // input_mp4_file if not empty, else input_file.
+    // input_mp4_file if not empty, else input_file, read under sceneLock (PlayableInput).
     std::string SourcePath() const;
     // output_folder + output_name.
     std::string OutputPath() const;
