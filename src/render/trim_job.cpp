@@ -6,10 +6,8 @@
 
 #include <algorithm>
 #include <atomic>
-#include <filesystem>
 #include <mutex>
 #include <string>
-#include <system_error>
 #include <vector>
 
 #include "core/app_log.h"
@@ -32,12 +30,6 @@ constexpr const char *kTrim = "CTarnwickProcess::ProcessTrim";
 int FramesOf(const core::SceneEntry &scene)
 {
     return scene.framNo_second - scene.framNo_first + 1;
-}
-
-void DeleteQuietly(const std::string &path)
-{
-    std::error_code ignored;
-    std::filesystem::remove(path, ignored);
 }
 
 } // namespace
@@ -287,7 +279,8 @@ int CTarnwickProcess::EncodeFinal(const render::TrimNames &names,
 {
     const std::string chain = BuildVideoFilter(true, false, false, false, -1);
     // Written under a partial name and renamed when whole, so that a kill never leaves a
-    // broken film under the name the user asked for.
+    // broken film under the name the user asked for, and a stopped or failed encode leaves the
+    // previous film as it was: only a finished one replaces it.
     const std::string partial = core::PartialSegmentPath(output);
     const std::string command = render::FinalEncodeCommand(args, merged, chain, partial);
     int result = kJobCannotStart;
@@ -298,7 +291,6 @@ int CTarnwickProcess::EncodeFinal(const render::TrimNames &names,
     core::DeleteByPattern(names.MergeMask());
     result = SettlePartialFile(result, partial, output);
     if (result != kJobOk) {
-        DeleteQuietly(output);
         return result;
     }
     SendJobState(engine::kStateDone);
