@@ -14,6 +14,7 @@
 #include "core/language.h"
 #include "core/path_check.h"
 #include "engine/status_parser.h"
+#include "engine/tool_words.h"
 
 namespace engine {
 namespace {
@@ -94,6 +95,7 @@ bool CTarnwickProcess::CommandCarriesPaths(const char *function,
 
 int CTarnwickProcess::ExecuteCmd(const std::string &command, std::string *pOutput)
 {
+    SetLastToolWords("");
     ChildProcess child;
     int result = StartChildProcess(command, child);
     if (result != 0) {
@@ -109,6 +111,7 @@ int CTarnwickProcess::ExecuteCmd(const std::string &command, std::string *pOutpu
         }
     });
     int exitCode = child.Wait();
+    SetLastToolWords(exitCode != kJobOk && exitCode != kJobStopped ? ToolWords(text) : "");
     LogCommandResult("CTarnwickProcess::ExecuteCmd", __LINE__, command, exitCode);
     return exitCode;
 }
@@ -120,6 +123,7 @@ int CTarnwickProcess::ExecuteCmdWithProgress(bool bPlayback,
                                              const std::string & /*unused*/)
 {
     const char *function = "CTarnwickProcess::ExecuteCmdWithProgress";
+    SetLastToolWords("");
     if (nTotal < 1) {
         SendJobState(engine::kStateFailed, core::StrPrintf("TotalFrame(%d)", nTotal));
         core::Log("%s(%d) [NG:%d] %s\n", function, __LINE__, kJobCannotStart, command.c_str());
@@ -138,12 +142,18 @@ int CTarnwickProcess::ExecuteCmdWithProgress(bool bPlayback,
     double fps = pData != nullptr ? pData->viCurrent.fps : 0.0;
     int startFrame = pData != nullptr ? pData->viCurrent.start_frame : 0;
     StatusParser parser(bPlayback, fps, startFrame);
+    std::string tail; // the tool's last words, for the reason of a failure
     ReadUntilPipeEnds(child, bCancel, [&](const std::string &chunkText) {
         for (const StatusMatch &match : parser.Feed(chunkText)) {
             ReportStatus(bPlayback, match, nTotal, nBase, fps);
         }
+        tail += chunkText;
+        if (tail.size() > kTextLimit) {
+            tail.erase(0, tail.size() - kTextKeep);
+        }
     });
     int exitCode = child.Wait();
+    SetLastToolWords(exitCode != kJobOk && exitCode != kJobStopped ? ToolWords(tail) : "");
     hProcess = 0;
     ReportStepEnd(bPlayback, exitCode);
     LogCommandResult(function, __LINE__, command, exitCode);

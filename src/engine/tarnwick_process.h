@@ -189,6 +189,19 @@ public:
                                int nBase,
                                const std::string &unused = {});
 
+    // The words of the last tool that failed on the calling thread (ToolWords of what it
+    // wrote); empty when the last tool of this thread succeeded or was stopped. Runner only.
+    static std::string LastToolWords();
+    // The reason of the job's first failure for the user: which film, segment or scene, and
+    // the tool's own words. The first note of a job stays; a new job starts without one. Any
+    // thread; read it once the job has ended.
+    void NoteFailure(const std::string &reason);
+    std::string FailureReason() const;
+    // NoteFailure of "<what> could not be written to <folder>: <the tool's words>" (or of its
+    // exit code when it said nothing usable) after a tool that wrote file failed with result; a
+    // stop notes nothing. Call on the thread that ran the tool.
+    void NoteWriteFailure(const std::string &what, const std::string &file, int result);
+
     // ---- Input analysis ----
 
     // Makes the working MP4 of source at target (stage "Change MP4" over viCurrent's frames),
@@ -231,6 +244,19 @@ public:
     int ReloadVideoInfo(const std::string &path, bool bQuiet);
     // frame_num of path; 0 when the probe fails.
     int GetFrameCount(const std::string &path);
+    // True when path's video stream reaches the end its header states: its last packets are
+    // read (StreamEndCommand), nothing is decoded. A file cut short keeps the header of the
+    // whole one, so its frame count alone does not show it. Any thread.
+    bool StreamIsWhole(const std::string &path);
+    // The one test of a scene's segment before it is used: its file is the one named after the
+    // scene's frames (SegmentPath), its probed frame count (in facts) is at least 1 and equals
+    // the scene's, and its stream is whole (StreamIsWhole). Scene tab; any thread.
+    bool SegmentHoldsScene(const core::SceneEntry &scene, core::VideoInfo &facts);
+    // A copy of scene nScene whose record names its segment after its frames (SegmentPath):
+    // another name found there is replaced, since that file may hold other frames or another
+    // scene's; every cut writes under the corrected name. None when the index is out of range.
+    // Scene tab; takes pData->sceneLock.
+    std::optional<core::SceneEntry> SceneUnderItsSegmentName(int nScene);
     // ffprobe's JSON text of path in one of the fixed modes (1 to 5; any other number gives
     // the first video stream with errors shown). 0, or 1 when the tool failed.
     int RunFfprobeJson(const std::string &path, std::string &text, int mode);
@@ -472,6 +498,8 @@ public:
     std::atomic<int> bCancel{0};              // a stop was asked for; every reading loop looks
     std::atomic<bool> bSelectingScene{false}; // job 1029 is choosing its scene: no stop now
     std::atomic<bool> bPreviewRunning{false}; // the preview thread exists
+    mutable std::mutex failureMutex;          // guards strFailureReason
+    std::string strFailureReason;             // see NoteFailure
     std::mutex previewMutex;                  // guards previewRequest and previewThread
     std::optional<PreviewRequest> previewRequest;
     std::thread previewThread; // the preview thread, or the last one, which has ended

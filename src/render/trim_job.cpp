@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <atomic>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -81,14 +82,11 @@ int CTarnwickProcess::PrecheckSegments(const std::string &input, int nScenes, Tr
     {
         JobPool pool(settings.useCuda != 0);
         for (int i = 0; i < nScenes; ++i) {
-            core::SceneEntry scene;
-            {
-                std::lock_guard<std::mutex> lock(pData->sceneLock.m);
-                if (static_cast<size_t>(i) >= pData->diff_list.size()) {
-                    break;
-                }
-                scene = pData->diff_list[static_cast<size_t>(i)];
+            std::optional<core::SceneEntry> named = SceneUnderItsSegmentName(i);
+            if (!named) {
+                break;
             }
+            const core::SceneEntry &scene = *named;
             if (!scene.bEnable) {
                 continue;
             }
@@ -102,14 +100,14 @@ int CTarnwickProcess::PrecheckSegments(const std::string &input, int nScenes, Tr
                 continue;
             }
             core::VideoInfo info;
-            GetVideoInfoFfprobe(scene.fileName, info);
+            const bool good = SegmentHoldsScene(scene, info);
             {
                 std::lock_guard<std::mutex> lock(pData->sceneLock.m);
                 if (static_cast<size_t>(checked.nCount) < pData->diff_list.size()) {
                     pData->diff_list[static_cast<size_t>(checked.nCount)].viIn = info;
                 }
             }
-            if (info.frame_num >= 1 && info.frame_num == FramesOf(scene)) {
+            if (good) {
                 PostToTab(AppMessage::WM_APP_PROGRESS, nScenes, ++nDone);
             } else {
                 const int slot = nQueued++;
@@ -197,7 +195,9 @@ int CTarnwickProcess::MergeByConcat(const render::TrimNames &names,
     if (!CommandCarriesPaths(kTrim, __LINE__, command, {names.FileList(), merged})) {
         return kJobCannotStart;
     }
-    return ExecuteCmdWithProgress(false, command, nTotal, 0);
+    const int result = ExecuteCmdWithProgress(false, command, nTotal, 0);
+    NoteWriteFailure("the joined scenes", merged, result);
+    return result;
 }
 
 int CTarnwickProcess::MergeByGraphs(const render::TrimNames &names,
@@ -221,6 +221,7 @@ int CTarnwickProcess::MergeByGraphs(const render::TrimNames &names,
                             step.duration,
                             fade);
         core::Log("%s(%d) %s\n", "CTarnwickProcess::MergeByGraphs", __LINE__, reason.c_str());
+        NoteFailure(reason);
         SendJobState(engine::kStateFailed, reason);
         return kJobCannotStart;
     }
@@ -260,6 +261,7 @@ int CTarnwickProcess::MergeByGraphs(const render::TrimNames &names,
                 return kJobCannotStart;
             }
             int result = ExecuteCmdWithProgress(false, command, plan.nPlanned, group.progressBase);
+            NoteWriteFailure("the joined scenes", name, result);
             if (result != kJobOk) {
                 return result;
             }
@@ -287,6 +289,7 @@ int CTarnwickProcess::EncodeFinal(const render::TrimNames &names,
     if (CommandCarriesPaths(kTrim, __LINE__, command, {merged, partial})) {
         SendStageBegin(engine::kStageFinalMerge, nFinal);
         result = ExecuteCmdWithProgress(false, command, nFinal, 0);
+        NoteWriteFailure("the film", output, result);
     }
     core::DeleteByPattern(names.MergeMask());
     result = SettlePartialFile(result, partial, output);
