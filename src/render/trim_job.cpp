@@ -50,7 +50,7 @@ int CTarnwickProcess::ProcessTrim(const std::string &input, const std::string &o
     core::DeleteByPattern(names.MergeMask()); // leftovers of a broken run
     int result = ReloadVideoInfo(input, false);
     if (result != kJobOk) {
-        return result;
+        return bCancel != 0 ? kJobStopped : result; // a probe that a stop ended says 1
     }
     SetPreviewImage(input, strPreviewTime.get(), false, -1);
     core::CreateFolders(core::SetTrailingSeparator(pData->output_folder, false));
@@ -157,7 +157,7 @@ int CTarnwickProcess::MergeSegments(const render::TrimNames &names,
     // viCurrent then holds the facts of a segment: its size, rate and whether it has sound.
     int result = OpenVideoFile(first);
     if (result != kJobOk) {
-        return result;
+        return bCancel != 0 ? kJobStopped : result;
     }
     const render::EncodeArgs args{ToolPrefix(pData->bUseCuda != 0),
                                   EncoderText(pData->bUseCuda, pData->nEncodePreset),
