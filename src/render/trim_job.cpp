@@ -289,7 +289,8 @@ int CTarnwickProcess::EncodeFinal(const render::TrimNames &names,
     // Written under a partial name and renamed when whole, so that a kill never leaves a
     // broken film under the name the user asked for.
     const std::string partial = core::PartialSegmentPath(output);
-    const std::string command = render::FinalEncodeCommand(args, merged, chain, partial);
+    // The film ends at the length the job planned, whatever a merge step gave in excess.
+    const std::string command = render::FinalEncodeCommand(args, merged, chain, partial, nFinal);
     int result = kJobCannotStart;
     if (CommandCarriesPaths(kTrim, __LINE__, command, {merged, partial})) {
         SendStageBegin(engine::kStageFinalMerge, nFinal);
