@@ -11,6 +11,7 @@
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
+#include <sys/stat.h>
 
 #include "core/helpers.h"
 #include "core/tarnwick_data.h"
@@ -457,18 +458,21 @@ TEST(CliRender, SceneShorterThanTheCrossFadeIsNamedInAnyPlace)
 }
 
 // A merge stopped while it reads its files ends as stopped (130) at every moment, and names no
-// file as unreadable: while the files are probed as they are added, while the analysis counts
-// a file's frames, and while it converts a file to a working MP4.
+// file as unreadable: while a file is probed as it is added (a pipe that nobody writes keeps the
+// probe waiting), while the frames of a file are counted as it is added and again in the
+// analysis, and while the analysis converts it to a working MP4.
 TEST(CliMerge, StopWhileTheFilesAreReadEndsWith130AndBlamesNoFile)
 {
     TempDir dir;
     const std::string part = dir.file("part.mkv");
     ASSERT_TRUE(testsupport::MakeClip(part, "testsrc2=size=320x240:rate=25:duration=10"));
-    // Matroska holds no frame count: the files are counted by decoding, which takes a while.
+    // Matroska holds no frame count: the file is counted by decoding, which takes a while.
     const std::string source = dir.file("long.mkv");
     ASSERT_TRUE(testsupport::LoopClip(source, part, 30));
+    const std::string pipe = dir.file("pipe.mp4");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
     const std::string folder = dir.file("out");
-    for (int moment = 0; moment < 3; ++moment) {
+    for (int moment = 0; moment < 4; ++moment) {
         fs::remove_all(folder);
         int counts = 0;
         bool counting = false;
@@ -482,10 +486,13 @@ TEST(CliMerge, StopWhileTheFilesAreReadEndsWith130AndBlamesNoFile)
              "all.mp4",
              "--output-folder",
              folder,
-             source},
+             moment == 0 ? pipe : source},
             SIGINT,
             [&] {
-                if (moment == 2) {
+                if (moment == 0) {
+                    return testsupport::CountProcessesWith(pipe) > 1; // the command and ffprobe
+                }
+                if (moment == 3) {
                     return !testsupport::FilesMatching(folder, "partial").empty();
                 }
                 // The counting tool reads the source scaled: first for the drop, then for the
@@ -493,13 +500,14 @@ TEST(CliMerge, StopWhileTheFilesAreReadEndsWith130AndBlamesNoFile)
                 const bool now = testsupport::CountProcessesWith(source + " -vf") > 0;
                 counts += now && !counting ? 1 : 0;
                 counting = now;
-                return now && counts == moment + 1;
+                return now && counts == moment;
             });
         ASSERT_FALSE(run.endedEarly) << moment;
         EXPECT_EQ(run.exitCode, 130) << moment << run.err;
         EXPECT_EQ(run.err.find("could not be read"), std::string::npos) << moment << run.err;
         EXPECT_NE(run.err.find("stopped"), std::string::npos) << moment << run.err;
         EXPECT_EQ(testsupport::CountProcessesWith(source), 0);
+        EXPECT_EQ(testsupport::CountProcessesWith(pipe), 0);
     }
 }
 
