@@ -101,7 +101,8 @@ int CTarnwickProcess::ConvertInput(int nRow, int nTotal, int nBase, bool bReport
                                     row->strWorkFile,
                                     render::SilenceArgs(row->viIn.bHasAudio),
                                     render::ConformingChain(target.size.width, target.size.height),
-                                    partial);
+                                    partial,
+                                    nFrames);
     core::CreateFolders(core::SetTrailingSeparator(pData->output_folder, false));
     int result = kJobCannotStart;
     if (CommandCarriesPaths(kConvertInput, __LINE__, command, {row->strWorkFile, partial})) {

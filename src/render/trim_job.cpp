@@ -284,7 +284,8 @@ int CTarnwickProcess::EncodeFinal(const render::TrimNames &names,
     // broken film under the name the user asked for, and a stopped or failed encode leaves the
     // previous film as it was: only a finished one replaces it.
     const std::string partial = core::PartialSegmentPath(output);
-    const std::string command = render::FinalEncodeCommand(args, merged, chain, partial);
+    // The film ends at the length the job planned, whatever a merge step gave in excess.
+    const std::string command = render::FinalEncodeCommand(args, merged, chain, partial, nFinal);
     int result = kJobCannotStart;
     if (CommandCarriesPaths(kTrim, __LINE__, command, {merged, partial})) {
         SendStageBegin(engine::kStageFinalMerge, nFinal);
