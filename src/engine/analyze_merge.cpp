@@ -8,6 +8,7 @@
 #include "core/helpers.h"
 #include "core/language.h"
 #include "core/merge_formats.h"
+#include "core/source_stamp.h"
 #include "engine/input_analysis.h"
 #include "engine/job_states.h"
 #include "engine/tarnwick_process.h"
@@ -120,7 +121,7 @@ int CTarnwickProcess::AnalyzeMergeSource(int nRow)
         row.framNo_second = row.viOut.frame_num - 1;
         segment = row.fileName;
     }
-    if (Exists(segment)) {
+    if (core::MadeFromSource(segment, src)) {
         core::VideoInfo facts;
         r = GetVideoInfoFfprobe(segment, facts);
         if (r == kJobOk && facts.r_frame_rate == core::MergeRateText(rate) &&
