@@ -25,7 +25,9 @@ std::string SourceStampPath(const std::string &file)
 {
     const fs::path path(file);
     std::string name(1, '.');
-    name.append(path.filename().string()).append(".source");
+    // Without the file's extension, so that a pattern or name search for the file itself
+    // ("*_seg_*.mp4") never meets its record.
+    name.append(path.stem().string()).append(".source");
     return (path.parent_path() / name).string();
 }
 

@@ -7,7 +7,8 @@
 
 namespace core {
 
-// The record's file for file: ".<name>.source" in file's folder.
+// The record's file for file: ".<name without its extension>.source" in file's folder (the
+// files recorded are all MP4 files).
 std::string SourceStampPath(const std::string &file);
 
 // The record of source as it stands now: its real path (links followed), size and modification
