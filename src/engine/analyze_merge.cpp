@@ -8,6 +8,7 @@
 #include "core/helpers.h"
 #include "core/language.h"
 #include "core/merge_formats.h"
+#include "core/source_stamp.h"
 #include "engine/input_analysis.h"
 #include "engine/job_states.h"
 #include "engine/tarnwick_process.h"
@@ -124,7 +125,7 @@ int CTarnwickProcess::AnalyzeMergeSource(int nRow)
         row.framNo_second = row.viOut.frame_num - 1;
         segment = row.fileName;
     }
-    if (Exists(segment)) {
+    if (core::MadeFromSource(segment, src)) {
         // A segment that cannot be read is made anew by the conversion: it does not fail the
         // analysis of its source.
         core::VideoInfo facts;

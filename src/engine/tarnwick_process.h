@@ -206,8 +206,9 @@ public:
 
     // Makes the working MP4 of source at target (stage "Change MP4" over viCurrent's frames),
     // deinterlaced with bDeinterlace. Written under target's partial name and renamed when the
-    // tool succeeded, so a stopped, failed or killed run leaves nothing under target. State 4
-    // on success. Returns 0, -2 when stopped, or the tool's exit code. Worker thread only.
+    // tool succeeded, so a stopped, failed or killed run leaves nothing under target; then the
+    // record of source is written beside target (core::WriteSourceStamp). State 4 on success.
+    // Returns 0, -2 when stopped, or the tool's exit code. Worker thread only.
     int ConvertToMp4(const std::string &source, const std::string &target, bool bDeinterlace);
 
     // The analysis of a newly opened input (job 1101): facts, the working MP4 when the input
@@ -216,6 +217,10 @@ public:
     // tab's messages; returns the job result (0, -2 when stopped, else a failure). nScene is
     // carried along and read by no step. Not while another job runs.
     int AnalyzeInputFile(bool bProjectLoad, int nScene);
+    // Set while an opening runs that a scene extraction follows (scan, extract, run): the
+    // analysis then cuts no scene, since the extraction empties the list. Set by the tab
+    // before AnalyzeInputFile and cleared after it.
+    std::atomic<bool> bOpenForExtraction{false};
 
     // The merge tab (job 1053 there): analyses every row not analysed yet, in list order, as
     // AnalyzeMergeSource does; stage "Video Analysis" over those rows. A failing row ends the

@@ -60,6 +60,10 @@ struct AnalysisReport
     bool bNeedsWorkingFile = false; // the given file is not used as it is
     bool bWorkingFileMade = false;  // this analysis made the working MP4
     TimesOrigin times = TimesOrigin::None;
+    // An opening for scene extraction refused a picture too small to scan; its size.
+    bool bPictureTooSmall = false;
+    int nWidth = 0;
+    int nHeight = 0;
 };
 
 // What a probe job found: ffprobe's JSON text (a kind from 1) or the stream facts (kind 0).

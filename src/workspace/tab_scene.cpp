@@ -9,11 +9,14 @@
 #include <filesystem>
 
 #include "core/app_log.h"
+#include "core/helpers.h"
 #include "core/language.h"
 #include "core/paths.h"
 #include "core/project_names.h"
+#include "core/source_stamp.h"
 #include "engine/encoder_presets.h"
 #include "engine/input_analysis.h"
+#include "engine/scan_command.h"
 #include "workspace/scene_defaults.h"
 #include "workspace/tab_controls.h"
 #include "workspace/tab_files.h"
@@ -100,6 +103,10 @@ int CTarnwickTabScene::OpenVideo(const std::string &given)
         ReportProblem(kIdsNotAVideo, path);
         return r;
     }
+    if (m_Process.bOpenForExtraction && RefuseTooSmallToScan(path, probe.width, probe.height)) {
+        ShowFields();
+        return -1;
+    }
     // The folder that will hold segments and working files must be possible before anything
     // of the workspace changes.
     const std::string folder =
@@ -133,6 +140,26 @@ int CTarnwickTabScene::OpenVideo(const std::string &given)
     return r;
 }
 
+int CTarnwickTabScene::OpenVideoToExtract(const std::string &given)
+{
+    m_Process.bOpenForExtraction = true;
+    const int r = OpenVideo(given);
+    m_Process.bOpenForExtraction = false;
+    return r;
+}
+
+bool CTarnwickTabScene::RefuseTooSmallToScan(const std::string &file, int width, int height)
+{
+    if (width <= 0 || height <= 0 || !engine::ScanPictureTooSmall(width, height)) {
+        return false; // an unknown size is the scan's to find
+    }
+    m_analysis.bPictureTooSmall = true;
+    m_analysis.nWidth = width;
+    m_analysis.nHeight = height;
+    ReportProblem(kIdsPictureTooSmall, file, core::StrPrintf("%dx%d", width, height));
+    return true;
+}
+
 int CTarnwickTabScene::AnalyzeInput(bool bProjectLoad)
 {
     StartElapsedTimer();
@@ -140,7 +167,7 @@ int CTarnwickTabScene::AnalyzeInput(bool bProjectLoad)
     m_report.nJob = engine::kJobInputAnalysis;
     m_analysis = AnalysisReport{};
     const std::string working = engine::WorkingFilePath(m_Data);
-    const bool bWorkingThere = Exists(working);
+    const bool bWorkingThere = core::MadeFromSource(working, m_Data.input_file);
     const int r = m_Process.AnalyzeInputFile(bProjectLoad, m_Data.SelectedRow());
     m_report.bFinished = true;
     m_report.nResult = r;
