@@ -40,7 +40,10 @@ std::string WriteGoodProject(const TempDir &dir, const std::string &name)
     data.threshold.dValue = 120;
     data.valid_min_unit.dValue = 2.5;
     for (int i = 0; i < 12; ++i) {
-        SceneEntry scene(i * 10, i * 10 + 9, "/videos/trip.mov_out/trip_seg_" + std::to_string(i));
+        SceneEntry scene(i * 10,
+                         i * 10 + 9,
+                         "/videos/trip.mov_out/trip_seg_" + std::to_string(i * 10) + "_" +
+                             std::to_string(i * 10 + 9) + ".mp4");
         scene.SetCaption(0, 1.5, "シーン" + std::to_string(i) + " 猫が通る");
         data.diff_list.push_back(scene);
     }
