@@ -351,6 +351,25 @@ TEST(ProjectCheck, NegativeAndReversedFramesWarn)
                   "last frame is 49"}));
 }
 
+TEST(ProjectCheck, RowOutsideTheListAndSegmentOfOtherFramesWarn)
+{
+    // What a job killed while no row was current left, and a split whose later part kept the
+    // old segment's name.
+    TempDir dir;
+    std::string path = dir.file("row.twproj");
+    ASSERT_TRUE(WriteFile(path, R"({"input_file": "/v/m3.mp4", "fps": 25, "frame_num": 375,
+        "list_idx": -1, "diff_list": [{"framNo_first": 50, "framNo_second": 74,
+        "fileName": "/v/m3_out/m3_seg_50_74.mp4"}, {"framNo_first": 75, "framNo_second": 101,
+        "fileName": "/v/m3_out/m3_seg_50_101.mp4"}]})"));
+    EXPECT_EQ(ExpectWarningLines(Check(path), path),
+              (std::vector<std::string>{
+                  "diff_list[1].fileName (scene 2): m3_seg_50_101.mp4 is not named after the "
+                  "scene's frames 75 to 101 (it should end in _75_101.mp4); the next render cuts "
+                  "the scene again",
+                  "list_idx: -1 is outside the list of 2 scenes (0 to 1); the list is kept and "
+                  "scene 1 becomes the current one"}));
+}
+
 TEST(ProjectCheck, RateZeroWarns)
 {
     TempDir dir;
