@@ -234,12 +234,11 @@ int RunEdit(const std::vector<std::string> &args, CliOutput &io)
         io.err << head << "the project " << file << " " << problem << "\n";
         return kExitFailed;
     }
-    for (const workspace::SceneEdit &edit : edits) {
-        problem = tab.ApplyEdit(edit);
-        if (!problem.empty()) {
-            io.err << head << project << ": " << problem << "; nothing was saved\n";
-            return kExitBadInput;
-        }
+    // All edits or none: a refused edit leaves the project and its segments as they were.
+    problem = tab.ApplyEdits(edits);
+    if (!problem.empty()) {
+        io.err << head << project << ": " << problem << "; nothing was saved\n";
+        return kExitBadInput;
     }
     if (!tab.SaveProjectAs(file)) {
         io.err << head << tab.LastSaveError() << "\n";

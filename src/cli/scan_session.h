@@ -139,6 +139,10 @@ public:
 // and, when asked, the automatic picture. The exit status, or -1 when the job can start.
 int OpenForJob(ScanKind kind, const ScanArgs &parsed, ScanSession &session, CliOutput &io);
 
+// After OpenForJob of extract or run ended in a stop: once the open has named the video, the
+// project keeps the settings given and, when it holds no scene, the default scene, and is saved.
+void KeepStoppedOpening(const ScanArgs &parsed, ScanSession &session);
+
 // Parses the arguments of a scan command and checks VIDEO and the output options; prints the
 // problem and returns an exit status, or -1 when the command can go on.
 int ParseAndCheck(const std::vector<std::string> &args,

@@ -133,6 +133,12 @@ int CTarnwickTabScene::OpenVideo(const std::string &given)
     m_Data.capWatermark = watermark;
     m_Data.capTitle = title;
     core::DeriveProjectNames(m_Data, path);
+    {
+        // The analysis starts from the facts just read: a project saved before it ends knows the
+        // video's rate and length already.
+        std::lock_guard<std::mutex> lock(m_Data.sceneLock.m);
+        m_Data.viInput = probe;
+    }
     ShowFields();
     SaveProject(false);
     r = AnalyzeInput(false);

@@ -150,6 +150,10 @@ public:
     // a caption, the title...; see SceneEdit), then the list shown again. Empty, or why the
     // edit cannot be made, with the project unchanged then. Not while a job runs.
     std::string ApplyEdit(const SceneEdit &edit);
+    // Edits in the order given, all or none: each is checked and made on a copy of the list,
+    // and only when all can be made does the project take them; the segments they made stale
+    // are deleted last. Empty, or why the first that cannot be made cannot.
+    std::string ApplyEdits(const std::vector<SceneEdit> &edits);
 
     // ---- Captions ----
     void NextCaptionTarget();
@@ -175,7 +179,9 @@ protected:
     ControlStates ComputeControls(bool bEnable) const override;
     void OnScenesChanged(const engine::JobMessage &msg) override;
     void OnRenderJobStart() override { SaveProject(false); }
-    void OnRenderJobEnd() override { SaveProject(false); }
+    // Saves the project; an extraction that ended before it found a scene leaves the default
+    // scene first, as a scan without motion does.
+    void OnRenderJobEnd() override;
     void RefreshInputSummary() override;
     int SceneOffset() const override;
 
