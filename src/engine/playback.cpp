@@ -11,6 +11,7 @@
 #include "core/helpers.h"
 #include "core/language.h"
 #include "engine/preview_commands.h"
+#include "engine/status_parser.h"
 
 namespace engine {
 namespace {
@@ -156,6 +157,9 @@ int CTarnwickProcess::RunPlayerLoop(
         if (!CommandCarriesPaths(function, __LINE__, command, {file})) {
             return kJobCannotStart;
         }
+        // The position never goes back before the start asked for.
+        nPlayFromFrame = FrameOfCapture(ss, true, pData->viCurrent.fps, 0).value_or(0);
+        strPlayFrom = ss;
         int result = ExecuteCmdWithProgress(true, command, nFrames, nBase);
         if (pData->play_loop == 0 || result != kJobOk) {
             return result;

@@ -55,12 +55,23 @@ FrameOfCapture(const std::string &capture, bool bPlayback, double fps, int start
     return static_cast<int>(frame);
 }
 
-PlaybackPosition PlaybackPositionOf(int frame, const std::string &capture, int nTotal, double fps)
+PlaybackPosition PlaybackPositionOf(int frame,
+                                    const std::string &capture,
+                                    int nTotal,
+                                    double fps,
+                                    int fromFrame,
+                                    const std::string &fromTime)
 {
     PlaybackPosition pos;
-    pos.nPreviewFrame = std::min(frame, nTotal - 1);
+    const bool beforeStart = frame < fromFrame;
+    pos.nPreviewFrame = std::min(beforeStart ? fromFrame : frame, nTotal - 1);
     if (pos.nPreviewFrame < nTotal - 1) {
-        pos.strPreviewTime = capture;
+        // The tool prints "%.6g", which also gives "1e+06"; the position has the form of every
+        // other time on a command line.
+        const std::string &text = beforeStart ? fromTime : capture;
+        double seconds = 0.0;
+        std::from_chars(text.data(), text.data() + text.size(), seconds);
+        pos.strPreviewTime = core::StrPrintf("%.6f", seconds);
     } else {
         double seconds = fps > 0.0 ? pos.nPreviewFrame / fps : 0.0;
         pos.strPreviewTime = core::StrPrintf("%.6f", seconds);

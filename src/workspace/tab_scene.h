@@ -33,6 +33,7 @@ inline constexpr int kIdsProjectInputGone = 3204;
 inline constexpr int kIdsFolderNotMade = 3205;
 inline constexpr int kIdsPathUnusable = 3206; // a character no tool's command text can carry
 inline constexpr int kIdsNameTooLong = 3207;  // no room for the names made from it
+inline constexpr int kIdsFilmNotMp4 = 3380;   // a film's name that does not end in ".mp4"
 
 // The video file chooser's filter and the finished film's.
 extern const char *const kVideoFilter;
