@@ -20,6 +20,14 @@ std::regex CompilePattern(bool bPlayback)
     return core::CompilePattern(bPlayback ? kPlaybackPattern : kProgressPattern);
 }
 
+// The seconds of a time text; 0 when it does not begin with a number.
+double SecondsOf(const std::string &text)
+{
+    double seconds = 0.0;
+    std::from_chars(text.data(), text.data() + text.size(), seconds);
+    return seconds;
+}
+
 } // namespace
 
 std::string ChunkText(const char *chunk, long size)
@@ -62,20 +70,18 @@ PlaybackPosition PlaybackPositionOf(int frame,
                                     int fromFrame,
                                     const std::string &fromTime)
 {
+    // The tool prints "%.6g", which also gives "1e+06"; the position takes the form of every
+    // other time on a command line.
+    const double captured = SecondsOf(capture);
+    const double from = SecondsOf(fromTime);
+    const bool beforeStart = frame < fromFrame || captured < from;
     PlaybackPosition pos;
-    const bool beforeStart = frame < fromFrame;
-    pos.nPreviewFrame = std::min(beforeStart ? fromFrame : frame, nTotal - 1);
-    if (pos.nPreviewFrame < nTotal - 1) {
-        // The tool prints "%.6g", which also gives "1e+06"; the position has the form of every
-        // other time on a command line.
-        const std::string &text = beforeStart ? fromTime : capture;
-        double seconds = 0.0;
-        std::from_chars(text.data(), text.data() + text.size(), seconds);
-        pos.strPreviewTime = core::StrPrintf("%.6f", seconds);
-    } else {
-        double seconds = fps > 0.0 ? pos.nPreviewFrame / fps : 0.0;
-        pos.strPreviewTime = core::StrPrintf("%.6f", seconds);
+    pos.nPreviewFrame = std::min(std::max(frame, fromFrame), nTotal - 1);
+    double seconds = beforeStart ? from : captured;
+    if (pos.nPreviewFrame >= nTotal - 1) {
+        seconds = fps > 0.0 ? pos.nPreviewFrame / fps : 0.0;
     }
+    pos.strPreviewTime = core::StrPrintf("%.6f", seconds);
     return pos;
 }
 
