@@ -294,7 +294,8 @@ int RunCommandLine(int argc, char **argv)
                 PrintCommandHelp(c, io.out);
                 return kExitOk;
             }
-            return EndsAsStopped(c, StopSignalled() ? kExitStopped : c.fn(args, io), io);
+            // A stop before the command began: none of its steps runs.
+            return EndsAsStopped(c, StopSignalled() ? kExitOk : c.fn(args, io), io);
         }
     }
     io.err << "tarnwickmp4-cli: unknown command \"" << argv[1] << "\"\n";
