@@ -3,6 +3,8 @@
 #include "engine/job_states.h"
 #include "engine/tarnwick_process.h"
 
+#include <cmath>
+#include <cstdlib>
 #include <filesystem>
 #include <mutex>
 #include <system_error>
@@ -11,7 +13,6 @@
 #include "core/helpers.h"
 #include "core/language.h"
 #include "engine/preview_commands.h"
-#include "engine/status_parser.h"
 
 namespace engine {
 namespace {
@@ -158,7 +159,9 @@ int CTarnwickProcess::RunPlayerLoop(
             return kJobCannotStart;
         }
         // The position never goes back before the start asked for.
-        nPlayFromFrame = FrameOfCapture(ss, true, pData->viCurrent.fps, 0).value_or(0);
+        // The first frame at or after it: a frame that begins before it is before it.
+        nPlayFromFrame = static_cast<int>(
+            std::ceil(std::strtod(ss.c_str(), nullptr) * pData->viCurrent.fps - 1e-6));
         strPlayFrom = ss;
         int result = ExecuteCmdWithProgress(true, command, nFrames, nBase);
         if (pData->play_loop == 0 || result != kJobOk) {

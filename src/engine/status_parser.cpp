@@ -72,12 +72,10 @@ PlaybackPosition PlaybackPositionOf(int frame,
 {
     // The tool prints "%.6g", which also gives "1e+06"; the position takes the form of every
     // other time on a command line.
-    const double captured = SecondsOf(capture);
-    const double from = SecondsOf(fromTime);
-    const bool beforeStart = frame < fromFrame || captured < from;
+    const bool beforeStart = frame < fromFrame;
     PlaybackPosition pos;
     pos.nPreviewFrame = std::min(std::max(frame, fromFrame), nTotal - 1);
-    double seconds = beforeStart ? from : captured;
+    double seconds = SecondsOf(beforeStart ? fromTime : capture);
     if (pos.nPreviewFrame >= nTotal - 1) {
         seconds = fps > 0.0 ? pos.nPreviewFrame / fps : 0.0;
     }

@@ -25,10 +25,11 @@ std::optional<int>
 FrameOfCapture(const std::string &capture, bool bPlayback, double fps, int startFrame);
 
 // Where playback stands after a report of frame with the captured time text, in a playback that
-// was asked to start at fromFrame (fromTime as seconds): the frame is held below nTotal, and
-// never before the start (the player begins at the key frame before it, and shows the frames up
-// to it first). The time text has one form, "%.6f" of the seconds: of the captured time, of the
-// start, or at the last frame of its seconds at fps (0 when fps is not above 0).
+// was asked to start at fromTime seconds, whose first frame at or after it is fromFrame: the
+// frame is held below nTotal, and never before the start (the player begins at the key frame before
+// it, and shows the frames up to it first). The time text has one form, "%.6f" of the seconds: of
+// the captured time, of the start, or at the last frame of its seconds at fps (0 when fps is not
+// above 0).
 struct PlaybackPosition
 {
     int nPreviewFrame = 0;

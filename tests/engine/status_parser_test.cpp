@@ -148,10 +148,9 @@ TEST(PlaybackPositionOf, FramesBeforeTheStartAskedForStandAtTheStart)
     engine::PlaybackPosition pos = PlaybackPositionOf(105, "4.2", 300, 25.0, 150, "6");
     EXPECT_EQ(pos.nPreviewFrame, 150);
     EXPECT_EQ(pos.strPreviewTime, "6.000000");
-    pos = PlaybackPositionOf(149, "5.96", 300, 25.0, 150, "6.01");
-    EXPECT_EQ(pos.nPreviewFrame, 150);
-    EXPECT_EQ(pos.strPreviewTime, "6.010000");
-    pos = PlaybackPositionOf(150, "6", 300, 25.0, 150, "6.01"); // the same frame, earlier
+    // From 6.01 s the first frame is 151 (6.04 s): frame 150 begins before it.
+    pos = PlaybackPositionOf(150, "6", 300, 25.0, 151, "6.01");
+    EXPECT_EQ(pos.nPreviewFrame, 151);
     EXPECT_EQ(pos.strPreviewTime, "6.010000");
     pos = PlaybackPositionOf(151, "6.04", 300, 25.0, 150, "6");
     EXPECT_EQ(pos.nPreviewFrame, 151);
