@@ -3,6 +3,7 @@
 #include "engine/job_states.h"
 #include "engine/tarnwick_process.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <functional>
@@ -167,12 +168,13 @@ void CTarnwickProcess::ReportStatus(
         PostToTab(AppMessage::WM_APP_PROGRESS, nTotal, match.frame + nBase);
         return;
     }
-    PlaybackPosition pos = PlaybackPositionOf(match.frame, match.capture, nTotal, fps);
+    PlaybackPosition pos =
+        PlaybackPositionOf(match.frame, match.capture, nTotal, fps, nPlayFromFrame, strPlayFrom);
     nPreviewFrame = pos.nPreviewFrame;
     strPreviewTime = pos.strPreviewTime;
     EngineTab *tab = CurrentTab();
     if (tab != nullptr && !tab->IsPositionDrag()) {
-        PostToTab(AppMessage::WM_APP_POSITION, match.frame, nTotal);
+        PostToTab(AppMessage::WM_APP_POSITION, std::max(match.frame, nPlayFromFrame), nTotal);
     }
 }
 

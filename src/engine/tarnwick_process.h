@@ -499,6 +499,11 @@ public:
     Guarded<std::string> strPreviewFile;      // the file whose facts stand in viCurrent
     std::atomic<int> nPreviewFrame{0};        // frame at which preview and playback stand
     Guarded<std::string> strPreviewTime{"0"}; // the same position as seconds, as text
+    // Where the running playback was asked to start (frame, and seconds as the -ss text): the
+    // player begins at the key frame before it, and those frames are not reported as positions.
+    // The job's worker thread only.
+    int nPlayFromFrame = 0;
+    std::string strPlayFrom = "0";
     std::atomic<int> nProcessExitCode{0};     // result of the last job
     std::atomic<int> bCancel{0};              // a stop was asked for; every reading loop looks
     std::atomic<bool> bSelectingScene{false}; // job 1029 is choosing its scene: no stop now

@@ -211,6 +211,9 @@ protected:
     // tool's command text can carry, or (bName) a file name too long for the names made from
     // it. False when it can be used.
     bool RefusePath(const std::string &path, bool bName);
+    // RefusePath for the file name of a finished film, which must also end in ".mp4": the film
+    // is an MP4 file whatever its name says.
+    bool RefuseFilmName(const std::string &name);
 
     // The loop endpoint of the tab's messages (posting to itself, pumping while it waits).
     engine::LoopEndpoint &Endpoint();

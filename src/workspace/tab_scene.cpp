@@ -249,7 +249,9 @@ int CTarnwickTabScene::LoadProjectInto(const std::string &path)
 
 int CTarnwickTabScene::OpenProject(const std::string &given, bool bForce)
 {
-    const std::string path = given; // a copy: the caller may pass a field that is cleared here
+    // A copy (the caller may pass a field that is cleared here), through its symbolic links: the
+    // project is read, saved and locked where it really is.
+    const std::string path = core::RealPath(given);
     if (path == m_Data.project_file && m_Data.bAutoSave != 0 && !bForce) {
         return 0;
     }
@@ -274,7 +276,7 @@ int CTarnwickTabScene::OpenProject(const std::string &given, bool bForce)
 
 int CTarnwickTabScene::OpenProjectList(const std::string &given)
 {
-    const std::string path = given;
+    const std::string path = core::RealPath(given);
     m_analysis = AnalysisReport{};
     if (LoadProjectInto(path) != 0) {
         return -1;
@@ -310,7 +312,7 @@ bool CTarnwickTabScene::SaveProjectAs(const std::string &path)
 {
     const std::string previous = m_Data.project_file;
     m_saveError.clear();
-    if (!m_Data.SaveProjectFile(path, &m_saveError)) {
+    if (!m_Data.SaveProjectFile(core::RealPath(path), &m_saveError)) {
         m_Data.project_file = previous;
         m_view.ShowError(core::LoadStringById(3075));
         return false;

@@ -34,6 +34,7 @@ inline constexpr int kIdsFolderNotMade = 3205;
 inline constexpr int kIdsPathUnusable = 3206;    // a character no tool's command text can carry
 inline constexpr int kIdsNameTooLong = 3207;     // no room for the names made from it
 inline constexpr int kIdsPictureTooSmall = 3340; // no pixel left to compare at the scan's size
+inline constexpr int kIdsFilmNotMp4 = 3380;      // a film's name that does not end in ".mp4"
 
 // The video file chooser's filter and the finished film's.
 extern const char *const kVideoFilter;

@@ -89,7 +89,7 @@ int CTarnwickTabScene::ChangeOutputNames(const std::string &folderText, const st
     if (folder == m_Data.output_folder && name == m_Data.output_name) {
         return 0;
     }
-    if (name != m_Data.output_name && RefusePath(name, true)) {
+    if (name != m_Data.output_name && RefuseFilmName(name)) {
         ShowFields();
         return -1;
     }
@@ -110,7 +110,7 @@ void CTarnwickTabScene::OutputNameConfirmed(const std::string &text)
     if (name.empty() || name == m_Data.output_name) {
         return;
     }
-    if (RefusePath(name, true)) {
+    if (RefuseFilmName(name)) {
         ShowFields();
         return;
     }
