@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "core/merge_formats.h"
+#include "core/source_stamp.h"
 #include "engine_fixture.h"
 
 namespace {
@@ -93,6 +94,8 @@ TEST(ProcessAnalysis, SegmentWithTheWantedSizeAndRateCountsWithItsRealFrames)
     // 61 frames where 60 are planned.
     ASSERT_TRUE(
         testsupport::MakeClip(segment, "testsrc2=size=352x288:rate=30", {"-frames:v", "61"}));
+    // Converted from this source, as its record says: without it the segment is made anew.
+    ASSERT_TRUE(core::WriteSourceStamp(segment, clip));
     MergeRig rig;
     rig.data.output_folder = dir.file("out") + "/";
     rig.engine.nRateIndex = 4;
