@@ -83,7 +83,9 @@ std::string RenderProblem(const core::CTarnwickData &data, const std::string &pr
         return project + ": its video " + source +
                " does not exist any more; put it back or extract again";
     }
-    if (TickedScenes(data) == 0) {
+    // A list without scenes (a job killed before its scan found one) is given the default
+    // scene by the opening, as a new project is.
+    if (!data.diff_list.empty() && TickedScenes(data) == 0) {
         return project + ": no scene is ticked, so there is nothing to render; tick at least "
                          "one scene";
     }

@@ -194,6 +194,27 @@ TEST(CliRun, KillsDuringTheScanAndCutsKeepEveryFinishedSceneAndTheSettingsGiven)
     }
 }
 
+TEST(CliRun, KilledBeforeItsScanFoundASceneLeavesAProjectThatRenders)
+{
+    TempDir dir;
+    const std::string clip = testsupport::MakeThreeSceneClip(dir);
+    const std::string project = clip + ".twproj";
+    testsupport::SignalCliWhenReady({"run", clip}, SIGKILL, [&] { return Scanning(clip); });
+    const Saved saved = ReadProject(project);
+    ASSERT_TRUE(saved.bRead);
+    // The scenes saved so far, or the default scene that the next opening gives an empty list.
+    int frames = 0;
+    for (const Scene &scene : saved.scenes) {
+        frames += scene.second - scene.first + 1;
+    }
+    if (saved.scenes.empty()) {
+        frames = kDefaultScene.second - kDefaultScene.first + 1;
+    }
+    RunResult render = RunCli({"render", project});
+    ASSERT_EQ(render.exitCode, 0) << render.err;
+    EXPECT_EQ(testsupport::DecodedFrames(clip + "_out/m3_trim.mp4"), frames);
+}
+
 // Stops of run and extract at several moments: whatever the moment, the project keeps the
 // settings given and at least one scene: the three of the clip once the scan has ended, the
 // default scene when none was found.
