@@ -19,6 +19,35 @@ bool IsRegularFile(const std::string &path)
     return !path.empty() && fs::is_regular_file(path, ec);
 }
 
+// The real path of the source that the record beside file names; empty without a readable one.
+std::string RecordedSourcePath(const std::string &file)
+{
+    std::string kept;
+    if (!ReadRegularFile(SourceStampPath(file), kept)) {
+        return "";
+    }
+    const nlohmann::json record = nlohmann::json::parse(kept, nullptr, false);
+    if (!record.is_object() || !record.contains("path") || !record["path"].is_string()) {
+        return "";
+    }
+    return record["path"].get<std::string>();
+}
+
+// True when file is kept for a source other than source, one that still exists.
+bool ClaimedByAnother(const std::string &file, const std::string &source)
+{
+    std::error_code ec;
+    if (!fs::exists(file, ec)) {
+        return false;
+    }
+    const std::string recorded = RecordedSourcePath(file);
+    if (recorded.empty() || !IsRegularFile(recorded)) {
+        return false;
+    }
+    const fs::path real = fs::canonical(source, ec);
+    return ec || fs::path(recorded) != real;
+}
+
 } // namespace
 
 std::string SourceStampPath(const std::string &file)
@@ -74,6 +103,18 @@ bool MadeFromSource(const std::string &file, const std::string &source)
     const std::string wanted = SourceStampOf(source);
     std::string kept;
     return !wanted.empty() && ReadRegularFile(SourceStampPath(file), kept) && kept == wanted;
+}
+
+std::string FileNameForSource(const std::string &file, const std::string &source)
+{
+    const fs::path path(file);
+    std::string candidate = file;
+    for (int n = 2; n < 1000 && ClaimedByAnother(candidate, source); ++n) {
+        candidate = (path.parent_path() /
+                     (path.stem().string() + "_" + std::to_string(n) + path.extension().string()))
+                        .string();
+    }
+    return candidate;
 }
 
 } // namespace core

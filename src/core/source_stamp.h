@@ -27,4 +27,10 @@ void RemoveSourceStamp(const std::string &file);
 // that source has now. A file without a record (made before records were kept) is not trusted.
 bool MadeFromSource(const std::string &file, const std::string &source);
 
+// The name under which a file made from source is kept: file itself, unless its record names
+// another source that still exists (another video of the same name), in which case the first of
+// "<stem>_2<ext>", "<stem>_3<ext>", ... that is free, made from source, or claimed by no other
+// source. Two sources of the same name in one folder thus never share a file.
+std::string FileNameForSource(const std::string &file, const std::string &source);
+
 } // namespace core

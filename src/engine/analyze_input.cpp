@@ -67,7 +67,7 @@ int CTarnwickProcess::PrepareWorkingFile(std::string &src)
     if (!UsedAsItIs(input, fieldOrder)) {
         // A working file found under its name is used again only when it was made from this
         // very file: another video of the same name may have left its own there.
-        working = WorkingFilePath(*pData);
+        working = core::FileNameForSource(WorkingFilePath(*pData), input);
         if (!core::MadeFromSource(working, input)) {
             int r = ConvertToMp4(input, working, NeedsDeinterlace(fieldOrder));
             if (r != kJobOk) {

@@ -11,6 +11,7 @@
 #include "core/language.h"
 #include "core/merge_formats.h"
 #include "core/paths.h"
+#include "core/source_stamp.h"
 #include "workspace/caption_edit.h"
 #include "workspace/tab_controls.h"
 #include "workspace/tab_link.h"
@@ -79,12 +80,30 @@ std::string CTarnwickTabMerge::SegmentOf(const std::string &source) const
 {
     const core::MergeSize size = core::MergeSizeAt(m_nSizeIndex);
     const double fps = core::MergeRateFps(core::MergeRateAt(m_nRateIndex));
-    return core::StrPrintf("%s%s%dx%d_%.02f.mp4",
-                           m_Data.output_folder.c_str(),
-                           core::ReplaceExtension(core::FileNamePart(source), "_seg_").c_str(),
-                           size.width,
-                           size.height,
-                           fps);
+    const std::string segment =
+        core::StrPrintf("%s%s%dx%d_%.02f.mp4",
+                        m_Data.output_folder.c_str(),
+                        core::ReplaceExtension(core::FileNamePart(source), "_seg_").c_str(),
+                        size.width,
+                        size.height,
+                        fps);
+    // Another file of the same name in the list, or one whose segment is still on disk, keeps
+    // its own segment: this source's gets a name of its own.
+    std::string unique = core::FileNameForSource(segment, source);
+    std::lock_guard<std::mutex> lock(m_Data.sceneLock.m);
+    for (int n = 2; n < 1000; ++n) {
+        bool taken = false;
+        for (const core::SceneEntry &row : m_Data.diff_list) {
+            const std::string &rowSource =
+                row.strOriginalFile.empty() ? row.strWorkFile : row.strOriginalFile;
+            taken |= row.fileName == unique && rowSource != source;
+        }
+        if (!taken) {
+            break;
+        }
+        unique = core::ReplaceExtension(segment, "_" + std::to_string(n) + ".mp4");
+    }
+    return unique;
 }
 
 void CTarnwickTabMerge::DropFiles(const std::vector<std::string> &paths)

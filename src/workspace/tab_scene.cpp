@@ -172,7 +172,8 @@ int CTarnwickTabScene::AnalyzeInput(bool bProjectLoad)
     m_report = JobReport{};
     m_report.nJob = engine::kJobInputAnalysis;
     m_analysis = AnalysisReport{};
-    const std::string working = engine::WorkingFilePath(m_Data);
+    const std::string working =
+        core::FileNameForSource(engine::WorkingFilePath(m_Data), m_Data.input_file);
     const bool bWorkingThere = core::MadeFromSource(working, m_Data.input_file);
     const int r = m_Process.AnalyzeInputFile(bProjectLoad, m_Data.SelectedRow());
     m_report.bFinished = true;

@@ -54,4 +54,34 @@ TEST(SourceStamp, SourceChangedOrGoneOrFileGoneIsNotTrusted)
     EXPECT_FALSE(core::WriteSourceStamp(working, dir.file("gone.avi")));
 }
 
+TEST(SourceStamp, FileOfAnotherLiveSourceOfTheSameNameGivesANameOfItsOwn)
+{
+    testsupport::TempDir dir;
+    fs::create_directories(dir.file("A"));
+    fs::create_directories(dir.file("B"));
+    const std::string a = dir.file("A/cam.avi");
+    const std::string b = dir.file("B/cam.avi");
+    ASSERT_TRUE(testsupport::WriteFile(a, "first video"));
+    ASSERT_TRUE(testsupport::WriteFile(b, "other video"));
+    const std::string working = dir.file("cam_input_ch.mp4");
+    // Free, or kept for this source, or left without a record: the name itself.
+    EXPECT_EQ(core::FileNameForSource(working, a), working);
+    ASSERT_TRUE(testsupport::WriteFile(working, "made from A"));
+    EXPECT_EQ(core::FileNameForSource(working, a), working);
+    ASSERT_TRUE(core::WriteSourceStamp(working, a));
+    EXPECT_EQ(core::FileNameForSource(working, a), working);
+    // Kept for A, which still exists: B's goes beside it, and the next one after that.
+    const std::string second = dir.file("cam_input_ch_2.mp4");
+    EXPECT_EQ(core::FileNameForSource(working, b), second);
+    ASSERT_TRUE(testsupport::WriteFile(second, "made from B"));
+    ASSERT_TRUE(core::WriteSourceStamp(second, b));
+    EXPECT_EQ(core::FileNameForSource(working, b), second);
+    const std::string c = dir.file("C.avi");
+    ASSERT_TRUE(testsupport::WriteFile(c, "third video"));
+    EXPECT_EQ(core::FileNameForSource(working, c), dir.file("cam_input_ch_3.mp4"));
+    // A gone: its file may be made anew for another source.
+    fs::remove(a);
+    EXPECT_EQ(core::FileNameForSource(working, c), working);
+}
+
 } // namespace

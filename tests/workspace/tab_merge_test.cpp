@@ -81,6 +81,23 @@ TEST(MergeTab, ChangingTheRateLaterDoesNotRename)
               dir.path() + "/conv_out/b_seg_1920x1080_29.97.mp4");
 }
 
+TEST(MergeTab, FilesOfTheSameNameFromTwoFoldersKeepSegmentsOfTheirOwn)
+{
+    TempDir dir;
+    MergeRig rig;
+    std::filesystem::create_directories(dir.file("A"));
+    std::filesystem::create_directories(dir.file("B"));
+    const std::string a = Clip(dir, "A/cam.mp4");
+    const std::string b = Clip(dir, "B/cam.mp4");
+    rig.tab.DropFiles({a, b, a});
+    ASSERT_EQ(rig.tab.Data().diff_list.size(), 3u);
+    const std::string folder = rig.tab.Data().output_folder;
+    EXPECT_EQ(rig.tab.Data().diff_list[0].fileName, folder + "cam_seg_1920x1080_59.94.mp4");
+    EXPECT_EQ(rig.tab.Data().diff_list[1].fileName, folder + "cam_seg_1920x1080_59.94_2.mp4");
+    // The same file again shares its own segment.
+    EXPECT_EQ(rig.tab.Data().diff_list[2].fileName, folder + "cam_seg_1920x1080_59.94.mp4");
+}
+
 TEST(MergeTab, AFileThatTheProbeRefusesLeavesNoRow)
 {
     TempDir dir;
