@@ -33,7 +33,8 @@ HostArea::HostArea(QWidget *parent)
         m_buttons[nTab]->setObjectName(nTab == 0 ? QStringLiteral("sceneButton")
                                                  : QStringLiteral("mergeButton"));
         buttons->addWidget(m_buttons[nTab]);
-        connect(m_buttons[nTab], &TabButton::clicked, this, [this, nTab] { emit tabClicked(nTab); });
+        connect(
+            m_buttons[nTab], &TabButton::clicked, this, [this, nTab] { emit tabClicked(nTab); });
         m_pages[nTab] = new TabPage(nTab, m_stack);
         m_stack->addWidget(m_pages[nTab]);
     }

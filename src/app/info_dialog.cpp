@@ -23,11 +23,8 @@ constexpr int kIdsChooseFile = 1100;
 
 } // namespace
 
-InfoDialog::InfoDialog(workspace::CTarnwickTab &tab,
-                       int nKind,
-                       int nTitleId,
-                       const QString &file,
-                       QWidget *parent)
+InfoDialog::InfoDialog(
+    workspace::CTarnwickTab &tab, int nKind, int nTitleId, const QString &file, QWidget *parent)
     : QDialog(parent)
     , m_tab(tab)
     , m_nKind(nKind)
@@ -58,7 +55,8 @@ InfoDialog::InfoDialog(workspace::CTarnwickTab &tab,
     connect(m_play, &QPushButton::clicked, this, &InfoDialog::openInPlayer);
     connect(m_close, &QPushButton::clicked, this, &QDialog::close);
     m_chooser = [this](const QString &start) {
-        const QString title = QStringLiteral("%1 \"%2\"").arg(Text(kIdsChooseFor), Text(m_nTitleId));
+        const QString title =
+            QStringLiteral("%1 \"%2\"").arg(Text(kIdsChooseFor), Text(m_nTitleId));
         return QFileDialog::getOpenFileName(
             this, title, start, QtFileFilter(workspace::kVideoFilter));
     };
@@ -113,8 +111,7 @@ bool InfoDialog::beginProbe()
 void InfoDialog::checkProbe()
 {
     const workspace::JobReport &job = m_tab.LastJob();
-    if (!m_bProbing || m_tab.IsJobRunning() || job.nJob != workspace::kJobProbe ||
-        !job.bFinished) {
+    if (!m_bProbing || m_tab.IsJobRunning() || job.nJob != workspace::kJobProbe || !job.bFinished) {
         return;
     }
     m_bProbing = false;

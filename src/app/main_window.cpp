@@ -106,11 +106,12 @@ void MainWindow::connectPages()
 {
     for (int nTab = 0; nTab < 2; ++nTab) {
         TabPage *page = m_host->page(nTab);
-        connect(page, &TabPage::paneChanged, this, [this](int nFrom, int nPane, const QString &text) {
-            if (nFrom == m_host->currentTab()) {
-                m_panes->setPane(nPane, text);
-            }
-        });
+        connect(
+            page, &TabPage::paneChanged, this, [this](int nFrom, int nPane, const QString &text) {
+                if (nFrom == m_host->currentTab()) {
+                    m_panes->setPane(nPane, text);
+                }
+            });
         connect(page, &TabPage::titleChanged, this, &MainWindow::showTitle);
         connect(page, &TabPage::controlsChanged, this, &MainWindow::updateTabButtons);
     }
@@ -320,9 +321,8 @@ void MainWindow::openAbout()
 void MainWindow::closeEvent(QCloseEvent *event)
 {
     if (!m_bClosing) {
-        const int answer = m_nCloseAnswer != 0
-                               ? m_nCloseAnswer
-                               : MessageDialog::ask(this, Text(kIdsExitQuestion));
+        const int answer =
+            m_nCloseAnswer != 0 ? m_nCloseAnswer : MessageDialog::ask(this, Text(kIdsExitQuestion));
         if (answer != MessageDialog::kYes) {
             event->ignore();
             return;

@@ -42,6 +42,7 @@ public:
     HostArea *host() const { return m_host; }
     StatusPanes *panes() const { return m_panes; }
     MainMenu *mainMenu() const { return m_menu; }
+    QScrollArea *scrollArea() const { return m_scroll; }
     HelpDialog *helpDialog() const { return m_help; }
     InfoDialog *infoDialog(int nTab) const { return m_info[nTab]; }
     // The largest size of the window: the size its host is designed for.

@@ -20,7 +20,7 @@ QString RecentKey(size_t index)
 QString RecordKey()
 {
     return QStringLiteral("%1/%2").arg(QLatin1String(core::kSettingsSection),
-                                        QLatin1String(core::kSettingsEntry));
+                                       QLatin1String(core::kSettingsEntry));
 }
 
 } // namespace
@@ -48,9 +48,9 @@ std::vector<uint8_t> QtSettingsStore::ReadRecord() const
 
 void QtSettingsStore::WriteRecord(const std::vector<uint8_t> &bytes)
 {
-    m_settings->setValue(
-        RecordKey(),
-        QByteArray(reinterpret_cast<const char *>(bytes.data()), static_cast<qsizetype>(bytes.size())));
+    m_settings->setValue(RecordKey(),
+                         QByteArray(reinterpret_cast<const char *>(bytes.data()),
+                                    static_cast<qsizetype>(bytes.size())));
     m_settings->sync();
 }
 

@@ -18,9 +18,15 @@ TabPage::TabPage(int nTab, QWidget *parent)
     setObjectName(nTab == 0 ? QStringLiteral("scenePage") : QStringLiteral("mergePage"));
 }
 
-void TabPage::ShowList(const std::vector<workspace::ListRow> &, int) {}
+void TabPage::ShowList(const std::vector<workspace::ListRow> &rows, int)
+{
+    m_nRows = static_cast<int>(rows.size());
+}
 
-void TabPage::ShowRow(int, const workspace::ListRow &) {}
+void TabPage::ShowRow(int nRow, const workspace::ListRow &)
+{
+    m_nRows = std::max(m_nRows, nRow + 1);
+}
 
 void TabPage::SelectListRow(int) {}
 

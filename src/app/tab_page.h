@@ -23,6 +23,8 @@ public:
     const QString &title() const { return m_title; }
     int progress() const { return m_nProgress; }
     const workspace::ControlStates &controls() const { return m_controls; }
+    // Rows the list holds now.
+    int rowCount() const { return m_nRows; }
 
     // workspace::TabView
     void ShowList(const std::vector<workspace::ListRow> &rows, int nSelect) override;
@@ -55,6 +57,7 @@ private:
     std::array<QString, 4> m_panes;
     QString m_title;
     int m_nProgress = 0;
+    int m_nRows = 0;
     bool m_bBusy = false;
     workspace::ControlStates m_controls;
 };

@@ -4,9 +4,9 @@
 #pragma once
 
 #include <QApplication>
-#include <QPushButton>
-#include <QImage>
 #include <QElapsedTimer>
+#include <QImage>
+#include <QPushButton>
 #include <QTimer>
 
 #include <clocale>
