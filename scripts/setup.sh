@@ -11,6 +11,7 @@ shift || true
 packages=(
     cmake g++ make pkg-config clang-format
     ffmpeg
+    fonts-ipafont-gothic # Japanese captions burnt into the film as characters, not boxes
     nlohmann-json3-dev
     libopencv-core-dev libopencv-imgproc-dev libopencv-imgcodecs-dev
     qt6-base-dev libx11-dev

@@ -29,6 +29,9 @@ AnalysisOutcome ScanSession::Open(const std::function<int()> &open)
     outcome.probed = analysis.bProbed;
     outcome.workingMade = analysis.bWorkingFileMade;
     outcome.failure = Tab().LastJob().failure;
+    outcome.tooSmall = analysis.bPictureTooSmall;
+    outcome.width = analysis.nWidth;
+    outcome.height = analysis.nHeight;
     return outcome;
 }
 
@@ -37,6 +40,13 @@ AnalysisOutcome ScanSession::OpenVideo(const std::string &video)
     std::error_code ec;
     const std::string path = std::filesystem::absolute(video, ec).string();
     return Open([this, &path] { return Tab().OpenVideo(path); });
+}
+
+AnalysisOutcome ScanSession::OpenVideoToExtract(const std::string &video)
+{
+    std::error_code ec;
+    const std::string path = std::filesystem::absolute(video, ec).string();
+    return Open([this, &path] { return Tab().OpenVideoToExtract(path); });
 }
 
 AnalysisOutcome ScanSession::OpenProject(const std::string &project)
@@ -119,7 +129,7 @@ int OpenForJob(ScanKind kind, const ScanArgs &parsed, ScanSession &session, CliO
     if (!session.Lock(head, command + " " + parsed.video, io.err)) {
         return kExitFailed;
     }
-    AnalysisOutcome analysis = session.OpenVideo(parsed.video);
+    AnalysisOutcome analysis = session.OpenVideoToExtract(parsed.video);
     int status = ReportAnalysisFailure(command.c_str(), parsed.video, analysis, session, io.err);
     if (status >= 0) {
         return status;
@@ -150,6 +160,9 @@ int ReportAnalysisFailure(const char *command,
     if (analysis.stopped || analysis.result == kResultStopped) {
         err << head << "stopped while the video was analysed\n";
         return kExitStopped;
+    }
+    if (analysis.tooSmall) {
+        return ReportTooSmall(head, analysis.width, analysis.height, err);
     }
     if (!analysis.probed) {
         // What the scan's own report says of a file that cannot be probed.

@@ -50,6 +50,15 @@ std::string CheckOutputOptions(const std::string &folder, const std::string &nam
         if (!problem.empty()) {
             return "--output-name " + PrintablePath(name) + ": " + problem;
         }
+        if (!core::IsMp4File(name)) {
+            // Whatever the name says, the film is an MP4 file.
+            const std::string suggested = name.find('.') == std::string::npos
+                                              ? name + ".mp4"
+                                              : core::ReplaceExtension(name, ".mp4");
+            return "--output-name " + PrintablePath(name) +
+                   ": the film is an MP4 file, so its name must end in .mp4 (such as " +
+                   PrintablePath(suggested) + ")";
+        }
     }
     return "";
 }

@@ -14,7 +14,7 @@ std::string UnusablePath(const std::string &path);
 
 // What is wrong with --output-folder DIR or --output-name NAME (either may be empty: not
 // given), as a whole message line without the command's name; empty when both can be used. A
-// name must be a file name, without "/".
+// name must be a file name, without "/", that ends in ".mp4" (any case).
 std::string CheckOutputOptions(const std::string &folder, const std::string &name);
 
 // path with every control character shown as "?", so that a message stays one line.

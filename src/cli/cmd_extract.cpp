@@ -1,6 +1,7 @@
 // tarnwickmp4-cli extract: a new project for a video, its scenes found and cut into segments
 // while the scan runs, the project saved; the project and the output folder locked meanwhile.
 #include <filesystem>
+#include <mutex>
 #include <ostream>
 #include <string>
 #include <system_error>
@@ -55,6 +56,25 @@ bool AllSegmentsWritten(const core::CTarnwickData &data,
 
 } // namespace
 
+void KeepStoppedOpening(const ScanArgs &parsed, ScanSession &session)
+{
+    core::CTarnwickData &data = session.data;
+    if (data.input_file.empty()) {
+        return; // stopped before the open replaced anything
+    }
+    workspace::CTarnwickTabScene &tab = session.Tab();
+    ApplyValues(tab, parsed.options);
+    bool empty = false;
+    {
+        std::lock_guard<std::mutex> lock(data.sceneLock.m);
+        empty = data.diff_list.empty();
+    }
+    if (empty) {
+        tab.MakeDefaultScene(); // over the facts read so far; the next opening keeps it
+    }
+    tab.SaveProject(false);
+}
+
 int RunExtract(const std::vector<std::string> &args, CliOutput &io)
 {
     ScanArgs parsed;
@@ -65,6 +85,9 @@ int RunExtract(const std::vector<std::string> &args, CliOutput &io)
     ScanSession session;
     core::CTarnwickData &data = session.data;
     status = OpenForJob(ScanKind::Extract, parsed, session, io);
+    if (status == kExitStopped) {
+        KeepStoppedOpening(parsed, session);
+    }
     if (status >= 0) {
         return status;
     }

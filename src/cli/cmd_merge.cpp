@@ -236,8 +236,13 @@ int RunMerge(const std::vector<std::string> &args, CliOutput &io)
         files.push_back(row.strWorkFile);
     }
     tab.DropFiles(files);
-    // The tab leaves out what its probe refuses: name the first such file.
     const core::CTarnwickData &data = tab.Data();
+    if (session.StopRequested()) {
+        // A stop kills the probe of the drop too; the file it was reading is not to blame.
+        io.err << kHead << "stopped before the merge began\n";
+        return kExitStopped;
+    }
+    // The tab leaves out what its probe refuses: name the first such file.
     for (size_t i = 0; i < files.size(); ++i) {
         if (i >= data.diff_list.size() || data.diff_list[i].strWorkFile != files[i]) {
             const std::string reason = session.ProbeErrors(files[i]);

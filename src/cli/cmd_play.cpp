@@ -144,7 +144,9 @@ int Play(ScanSession &session,
                << "\n";
         return kExitFailed;
     }
-    io.out << tab.PlayPosition() << "\n";
+    // One form, whether the player reported its position, reached the end or was stopped before
+    // its first picture.
+    io.out << core::StrPrintf("%.6f", std::strtod(tab.PlayPosition().c_str(), nullptr)) << "\n";
     return outcome.stopped ? kExitStopped : kExitOk;
 }
 

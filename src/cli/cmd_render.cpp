@@ -249,6 +249,9 @@ int RunRun(const std::vector<std::string> &args, CliOutput &io)
     ScanSession session;
     core::CTarnwickData &data = session.data;
     status = OpenForJob(ScanKind::Run, parsed, session, io);
+    if (status == kExitStopped) {
+        KeepStoppedOpening(parsed, session);
+    }
     if (status >= 0) {
         return status;
     }

@@ -66,6 +66,23 @@ void PrintScenesJson(const core::CTarnwickData &data, std::ostream &out)
     out << root.dump(4) << "\n";
 }
 
+// A caption on one line of the table: each line end (LF, CR or CR LF) shows as " / ", a tab
+// or other control character as a space.
+std::string OneLineCaption(const std::string &text)
+{
+    std::string line;
+    for (size_t i = 0; i < text.size(); ++i) {
+        const unsigned char c = static_cast<unsigned char>(text[i]);
+        if (c == '\r' || c == '\n') {
+            line += " / ";
+            i += c == '\r' && i + 1 < text.size() && text[i + 1] == '\n' ? 1 : 0;
+        } else {
+            line += c < 0x20 || c == 0x7F ? ' ' : static_cast<char>(c);
+        }
+    }
+    return line;
+}
+
 // The list as the tab shows it, one line per row.
 void PrintScenesTable(const std::vector<workspace::ListRow> &rows, std::ostream &out)
 {
@@ -77,7 +94,7 @@ void PrintScenesTable(const std::vector<workspace::ListRow> &rows, std::ostream 
         out << std::setw(4) << c[0] << "  " << (row.bChecked ? "[x]" : "[ ]") << std::setw(8)
             << c[1] << std::setw(8) << c[2] << std::setw(8) << c[3] << "  " << c[4] << "  "
             << std::setw(8) << c[6] << "/" << std::setw(8) << c[7] << "  " << std::setw(9)
-            << (c[8].empty() ? "-" : c[8] + " ") << "  " << c[5] << "\n";
+            << (c[8].empty() ? "-" : c[8] + " ") << "  " << OneLineCaption(c[5]) << "\n";
     }
 }
 
@@ -217,12 +234,11 @@ int RunEdit(const std::vector<std::string> &args, CliOutput &io)
         io.err << head << "the project " << file << " " << problem << "\n";
         return kExitFailed;
     }
-    for (const workspace::SceneEdit &edit : edits) {
-        problem = tab.ApplyEdit(edit);
-        if (!problem.empty()) {
-            io.err << head << project << ": " << problem << "; nothing was saved\n";
-            return kExitBadInput;
-        }
+    // All edits or none: a refused edit leaves the project and its segments as they were.
+    problem = tab.ApplyEdits(edits);
+    if (!problem.empty()) {
+        io.err << head << project << ": " << problem << "; nothing was saved\n";
+        return kExitBadInput;
     }
     if (!tab.SaveProjectAs(file)) {
         io.err << head << tab.LastSaveError() << "\n";

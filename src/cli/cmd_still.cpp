@@ -9,6 +9,7 @@
 #include "cli/arg_problems.h"
 #include "cli/cli_support.h"
 #include "cli/commands.h"
+#include "cli/job_guard.h"
 #include "cli/scan_session.h"
 #include "core/project_names.h"
 #include "core/tarnwick_data.h"
@@ -109,6 +110,12 @@ int RunStill(const std::vector<std::string> &args, CliOutput &io)
     if (!problem.empty()) {
         io.err << head << problem << "\n";
         return kExitBadInput;
+    }
+    // The still and its caption file go into the output folder: a job that holds it, or the
+    // project, refuses the still as it refuses any other command. Released after the session.
+    JobGuard guard(head);
+    if (!guard.Take(planned, "still " + parsed.video, io.err)) {
+        return kExitFailed;
     }
     ScanSession session;
     workspace::CTarnwickTabScene &tab = session.Tab();

@@ -3,8 +3,10 @@
 
 #include <cstring>
 #include <iostream>
+#include <sstream>
 
 #include "cli/project_options.h"
+#include "cli/signal_stop.h"
 #include "core/version.h"
 
 namespace cli {
@@ -19,6 +21,9 @@ struct CommandEntry
     const char *example = nullptr; // a command line to copy
     unsigned options = 0;          // the project options it takes (project_options.h)
     const char *usageTail = "";    // what follows them on the usage line
+    // Its own options that take values, each followed by the number of its values when that is
+    // more than one ("--split 2"); the project options of `options` are known by their group.
+    const char *valueOptions = "";
 };
 
 // One row per command; each command lives in its own cmd_*.cpp.
@@ -30,13 +35,19 @@ const CommandEntry kCommands[] = {
      "Reads a project file and reports what it holds; exit 3 when it loads but holds values\n"
      "that cannot be right (each named in a warning).\n"
      "  --write OUT   save the project as read to OUT\n",
-     "tarnwickmp4-cli project check clip.mp4.twproj"},
+     "tarnwickmp4-cli project check clip.mp4.twproj",
+     0,
+     "",
+     "--write"},
     {"probe",
      RunProbe,
      "probe FILE [--kind N]",
      "Prints the stream facts of FILE as one JSON object.\n"
      "  --kind N      ffprobe's JSON text of kind N (1 to 5) instead\n",
-     "tarnwickmp4-cli probe clip.mp4"},
+     "tarnwickmp4-cli probe clip.mp4",
+     0,
+     "",
+     "--kind"},
     {"scan",
      RunScan,
      "scan VIDEO",
@@ -112,7 +123,10 @@ const CommandEntry kCommands[] = {
      "  --output-folder DIR   segments and film (default NAME_out/ beside the first file)\n"
      "  -o NAME               file name of the film\n"
      "  --json                one JSON document: film, files, size, rate and transition\n",
-     "tarnwickmp4-cli merge --size 1280x720 --rate 30 -o trip.mp4 day1.mp4 day2.mov"},
+     "tarnwickmp4-cli merge --size 1280x720 --rate 30 -o trip.mp4 day1.mp4 day2.mov",
+     0,
+     "",
+     "--size --rate --output-folder -o --output-name"},
     {"scenes",
      RunScenes,
      "scenes PROJECT [--json]",
@@ -135,7 +149,10 @@ const CommandEntry kCommands[] = {
      "  --caption N TEXT        the caption of scene N\n"
      "  --title TEXT            the title over the film's first seconds\n"
      "  --watermark TEXT        the watermark\n",
-     "tarnwickmp4-cli edit garden.mp4.twproj --untick 2 --split 3 480 --caption 1 \"Fox\""},
+     "tarnwickmp4-cli edit garden.mp4.twproj --untick 2 --split 3 480 --caption 1 \"Fox\"",
+     0,
+     "",
+     "--tick --untick --delete --duplicate --split 2 --move 2 --caption 2 --title --watermark"},
     {"autopicture",
      RunAutoPicture,
      "autopicture VIDEO",
@@ -150,14 +167,20 @@ const CommandEntry kCommands[] = {
      "  --at SECONDS        time of the still (default 0)\n"
      "  --project PROJECT   through the project's picture values, into its output folder\n"
      "  --scene N           with the caption of scene N (from 1) of that project\n",
-     "tarnwickmp4-cli still garden.mp4 --at 12.5"},
+     "tarnwickmp4-cli still garden.mp4 --at 12.5",
+     0,
+     "",
+     "--at --scene --project"},
     {"play",
      RunPlay,
      "play VIDEO [--from SECONDS] [--volume N]",
      "Plays VIDEO with a live position line; Ctrl-C stops it and prints the position reached.\n"
      "  --from SECONDS   start time (default the start)\n"
      "  --volume N       0 to 100\n",
-     "tarnwickmp4-cli play garden.mp4 --from 30"},
+     "tarnwickmp4-cli play garden.mp4 --from 30",
+     0,
+     "",
+     "--from --volume"},
 };
 
 void PrintUsage(std::ostream &os)
@@ -170,12 +193,38 @@ void PrintUsage(std::ostream &os)
     os << "tarnwickmp4-cli COMMAND --help tells more about one command.\n";
 }
 
-bool AsksForHelp(const std::vector<std::string> &args)
+// How many values follow option arg of command c: 0 for a switch or an argument that is no
+// option of c.
+size_t ValueCount(const CommandEntry &c, const std::string &arg)
 {
-    for (const std::string &arg : args) {
+    std::istringstream own(c.valueOptions);
+    std::string word;
+    while (own >> word) {
+        if (word != arg) {
+            continue;
+        }
+        size_t count = 1;
+        if (own >> word && word.find_first_not_of("0123456789") == std::string::npos) {
+            count = std::stoul(word);
+        }
+        return count;
+    }
+    return ProjectOptionValueCount(arg, c.options);
+}
+
+// --help or -h stands among the arguments as an argument of its own: the value of an option that
+// takes text ("--title -h", "--caption 1 --help") is that text, and after "--" come files.
+bool AsksForHelp(const CommandEntry &c, const std::vector<std::string> &args)
+{
+    for (size_t i = 0; i < args.size(); ++i) {
+        const std::string &arg = args[i];
         if (arg == "--help" || arg == "-h") {
             return true;
         }
+        if (arg == "--") {
+            return false;
+        }
+        i += ValueCount(c, arg);
     }
     return false;
 }
@@ -195,6 +244,17 @@ void PrintCommandHelp(const CommandEntry &c, std::ostream &os)
     if (c.example != nullptr) {
         os << "\nExample:\n  " << c.example << "\n";
     }
+}
+
+// A stop that arrived at any moment of the command, before its first step, between two or after
+// its last, ends it as stopped; the commands that saw it have said so already.
+int EndsAsStopped(const CommandEntry &c, int status, CliOutput &io)
+{
+    if (status == kExitStopped || !StopSignalled()) {
+        return status;
+    }
+    io.err << "tarnwickmp4-cli " << c.name << ": stopped\n";
+    return kExitStopped;
 }
 
 } // namespace
@@ -230,11 +290,12 @@ int RunCommandLine(int argc, char **argv)
     for (const auto &c : kCommands) {
         if (std::strcmp(argv[1], c.name) == 0) {
             std::vector<std::string> args(argv + 2, argv + argc);
-            if (AsksForHelp(args)) {
+            if (AsksForHelp(c, args)) {
                 PrintCommandHelp(c, io.out);
                 return kExitOk;
             }
-            return c.fn(args, io);
+            // A stop before the command began: none of its steps runs.
+            return EndsAsStopped(c, StopSignalled() ? kExitOk : c.fn(args, io), io);
         }
     }
     io.err << "tarnwickmp4-cli: unknown command \"" << argv[1] << "\"\n";

@@ -174,6 +174,16 @@ OptionParse ParseProjectOption(const std::vector<std::string> &args,
     return OptionParse::NotMine;
 }
 
+size_t ProjectOptionValueCount(const std::string &arg, unsigned groups)
+{
+    // Parsed with a value that every such option takes: it is taken with its value or not.
+    const std::vector<std::string> probe{arg, "1"};
+    size_t i = 0;
+    ProjectOptions scratch;
+    std::string error;
+    return ParseProjectOption(probe, i, groups, scratch, error) == OptionParse::Taken ? i : 0;
+}
+
 std::string OptionNotTaken(const std::string &arg, const char *command)
 {
     // An option of any group: one that another command takes.
@@ -249,15 +259,12 @@ void ApplyNames(workspace::CTarnwickTabScene &tab, const ProjectOptions &options
 {
     core::CTarnwickData &data = tab.Data();
     if (!options.outputFolder.empty()) {
-        std::error_code ec;
-        std::string folder = std::filesystem::absolute(options.outputFolder, ec).string();
+        // Resolved once here: the folder is named, locked and compared by its real path.
+        std::string folder = core::RealPath(options.outputFolder);
         data.output_folder = core::SetTrailingSeparator(folder, true);
     }
     if (!options.outputName.empty()) {
         data.output_name = options.outputName;
-    }
-    if (options.title) {
-        data.capTitle.caption = *options.title;
     }
 }
 
@@ -275,6 +282,11 @@ void ApplyValues(workspace::CTarnwickTabScene &tab, const ProjectOptions &option
         tab.SetCinemaScope(*options.cinemaScope);
     }
     core::CTarnwickData &data = tab.Data();
+    if (options.title) {
+        // After the opening, which gives a new project whose title is empty the default title:
+        // an empty title given means no title, in a new project as in a saved one.
+        data.capTitle.caption = *options.title;
+    }
     if (options.noWatermark) {
         data.capWatermark.caption.clear();
     }

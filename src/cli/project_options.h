@@ -55,6 +55,10 @@ OptionParse ParseProjectOption(const std::vector<std::string> &args,
                                ProjectOptions &options,
                                std::string &error);
 
+// How many values follow arg when it is a project option of groups that takes one (a number,
+// a folder, a name, a title, a preset): 1; else 0.
+size_t ProjectOptionValueCount(const std::string &arg, unsigned groups);
+
 // What to say of an argument that a command's options did not take: "--brightness does not
 // apply to scan" for a project option of other commands, else UnexpectedArgument's phrase.
 std::string OptionNotTaken(const std::string &arg, const char *command);
@@ -63,11 +67,12 @@ std::string OptionNotTaken(const std::string &arg, const char *command);
 std::string ProjectOptionsUsage(unsigned groups);
 std::string ProjectOptionsHelp(unsigned groups);
 
-// Before a video or project is opened: the folder, film name and title the tab keeps when it
-// opens a video. The folder is made absolute.
+// Before a video or project is opened: the folder and film name the tab keeps when it opens a
+// video. The folder is made absolute, its symbolic links resolved.
 void ApplyNames(workspace::CTarnwickTabScene &tab, const ProjectOptions &options);
 // After it is open: every value through the tab's commands (committed as a value box is,
-// clamped to its bounds, and saved when the tab saves). The automatic picture is not run here.
+// clamped to its bounds, and saved when the tab saves), and the title given (empty: none). The
+// automatic picture is not run here.
 void ApplyValues(workspace::CTarnwickTabScene &tab, const ProjectOptions &options);
 
 } // namespace cli

@@ -148,6 +148,12 @@ std::string ScanSession::ProbeErrors(const std::string &file)
     });
 }
 
+int ReportTooSmall(const std::string &head, int width, int height, std::ostream &err)
+{
+    err << head << "the picture is too small to scan (" << width << "x" << height << ")\n";
+    return kExitBadInput;
+}
+
 int ReportFailure(const char *command,
                   const std::string &video,
                   const JobOutcome &outcome,
@@ -161,6 +167,10 @@ int ReportFailure(const char *command,
     if (outcome.result == 0) {
         return -1;
     }
+    if (outcome.tooSmall) {
+        const core::VideoInfo &info = session.data.viInput;
+        return ReportTooSmall(head, info.width, info.height, err);
+    }
     if (!outcome.failure.empty() && !outcome.scanned) {
         err << head << "the probe could not run: " << outcome.failure << "\n";
         return kExitFailed;
@@ -172,12 +182,6 @@ int ReportFailure(const char *command,
     if (!outcome.scanned) {
         std::string reason = session.ProbeErrors(video);
         err << head << "is not a video file" << (reason.empty() ? "" : " (" + reason + ")") << "\n";
-        return kExitBadInput;
-    }
-    if (outcome.tooSmall) {
-        const core::VideoInfo &info = session.data.viInput;
-        err << head << "the picture is too small to scan (" << info.width << "x" << info.height
-            << ")\n";
         return kExitBadInput;
     }
     std::string reason =

@@ -67,6 +67,9 @@ struct AnalysisOutcome
     bool probed = false;      // the given file's facts were read
     bool workingMade = false; // a working MP4 was made by this analysis
     std::string failure;      // text of the first "Failed" state, such as a start failure
+    bool tooSmall = false;    // an opening to extract refused a picture too small to scan
+    int width = 0;            // the given file's picture, when probed
+    int height = 0;
 };
 
 // The command line's scene tab: the tab and its host without a window, with the command
@@ -88,6 +91,9 @@ public:
     // The tab's open command for video (its folder, name and title as ApplyNames set them);
     // Ctrl-C or a termination request stops the analysis.
     AnalysisOutcome OpenVideo(const std::string &video);
+    // The same for a scene extraction that follows at once (scan, extract, run): the opening
+    // cuts no scene, and a picture too small to scan is refused before anything is written.
+    AnalysisOutcome OpenVideoToExtract(const std::string &video);
     // The tab's open command for a saved project.
     AnalysisOutcome OpenProject(const std::string &project);
     // The tab's command that sets the output folder and the film's name together and opens the
@@ -133,12 +139,19 @@ public:
 // and, when asked, the automatic picture. The exit status, or -1 when the job can start.
 int OpenForJob(ScanKind kind, const ScanArgs &parsed, ScanSession &session, CliOutput &io);
 
+// After OpenForJob of extract or run ended in a stop: once the open has named the video, the
+// project keeps the settings given and, when it holds no scene, the default scene, and is saved.
+void KeepStoppedOpening(const ScanArgs &parsed, ScanSession &session);
+
 // Parses the arguments of a scan command and checks VIDEO and the output options; prints the
 // problem and returns an exit status, or -1 when the command can go on.
 int ParseAndCheck(const std::vector<std::string> &args,
                   ScanKind kind,
                   ScanArgs &parsed,
                   CliOutput &io);
+
+// Says on err, after head, that a width x height picture is too small to scan; the exit status.
+int ReportTooSmall(const std::string &head, int width, int height, std::ostream &err);
 
 // Reports an outcome that is not a success on err (a stop is ReportScanExtent's to tell);
 // returns its exit status, or -1 when the scan succeeded.

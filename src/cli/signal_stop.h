@@ -1,35 +1,38 @@
 // Ctrl-C and termination requests of the command line, turned into a stop request.
 #pragma once
 
-#include <atomic>
 #include <functional>
-#include <thread>
 
 namespace cli {
 
-// While it lives, SIGINT and SIGTERM do not end the process: they set a stop request and call
-// onStop. The handler only writes one byte to a pipe (async-signal-safe); a watcher thread reads
-// it and does the rest, so onStop may do anything a thread may do. One instance at a time.
+// From the first call on, for the rest of the process, SIGINT and SIGTERM do not end the process:
+// they set the stop request and call the listeners (SignalStop). main calls it before anything
+// else, so that a stop at any moment is kept, also one that arrives before a command has begun
+// or between its steps. The two signals are unblocked too: a program started with them blocked
+// gets one that is pending at once. Later calls do nothing; any thread.
+void InstallStopSignals();
+
+// A stop signal has arrived since InstallStopSignals. Any thread, also a signal handler.
+bool StopSignalled();
+
+// A listener for the stop signals while it lives: onStop runs once, on the signal watcher's
+// thread at the first signal, or at once on the constructing thread when a signal has arrived
+// before. The destructor waits for a call that is running. Installs the handling if it is not.
 class SignalStop
 {
 public:
-    // onStop runs on the watcher thread, once, at the first signal; may be empty.
+    // onStop may be empty; it must not make or end a SignalStop.
     explicit SignalStop(std::function<void()> onStop = {});
-    // Restores the previous handlers and ends the watcher thread.
     ~SignalStop();
     SignalStop(const SignalStop &) = delete;
     SignalStop &operator=(const SignalStop &) = delete;
 
-    // A signal has arrived. Any thread.
-    bool StopRequested() const { return m_signal != 0; }
+    // A signal has arrived, before or while this listener lived. Any thread.
+    bool StopRequested() const { return StopSignalled(); }
 
 private:
-    void Watch();
-
+    friend void NotifyStopListeners();
     std::function<void()> m_onStop;
-    std::atomic<int> m_signal{0};
-    int m_readFd = -1;
-    std::thread m_watcher;
 };
 
 } // namespace cli

@@ -9,6 +9,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "core/paths.h"
+
 namespace core {
 namespace {
 
@@ -79,14 +81,17 @@ bool ReadRegularFile(const std::string &path, std::string &bytes, std::string *p
 
 bool WriteFileAtomically(const std::string &path, const std::string &bytes, std::string *pError)
 {
-    std::string temp = path + ".tmp";
+    // Through a symbolic link to the file it names: the link stays, and the temporary file
+    // stands beside the real file, so that the rename replaces it in one step.
+    const std::string target = RealPath(path);
+    const std::string temp = target + ".tmp";
     int fd = ::open(temp.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0666);
     if (fd < 0) {
         SetError(pError, path + ": cannot write the file: " + ErrnoText(errno));
         return false;
     }
     struct stat st = {};
-    if (::stat(path.c_str(), &st) == 0 && S_ISREG(st.st_mode)) {
+    if (::stat(target.c_str(), &st) == 0 && S_ISREG(st.st_mode)) {
         ::fchmod(fd, st.st_mode & 07777);
     }
     int err = WriteAll(fd, bytes);
@@ -96,7 +101,7 @@ bool WriteFileAtomically(const std::string &path, const std::string &bytes, std:
     if (::close(fd) != 0 && err == 0) {
         err = errno;
     }
-    if (err == 0 && ::rename(temp.c_str(), path.c_str()) != 0) {
+    if (err == 0 && ::rename(temp.c_str(), target.c_str()) != 0) {
         err = errno;
     }
     if (err != 0) {

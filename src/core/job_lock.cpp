@@ -107,12 +107,12 @@ void JobLock::Release()
 
 std::string ProjectLockPath(const std::string &projectFile)
 {
-    return projectFile + ".lock";
+    return RealPath(projectFile) + ".lock";
 }
 
 std::string FolderLockPath(const std::string &folder)
 {
-    return SetTrailingSeparator(folder, true) + ".tarnwickmp4.lock";
+    return SetTrailingSeparator(RealPath(folder), true) + ".tarnwickmp4.lock";
 }
 
 } // namespace core

@@ -35,9 +35,10 @@ private:
     std::string m_path;
 };
 
-// The lock file of a project: the project's path + ".lock".
+// The lock file of a project: the path of the real project file + ".lock", so that a project
+// reached through a symbolic link is locked where it is reached by its own path.
 std::string ProjectLockPath(const std::string &projectFile);
-// The lock file of an output folder, inside it: ".tarnwickmp4.lock".
+// The lock file of an output folder, inside the real folder: ".tarnwickmp4.lock".
 std::string FolderLockPath(const std::string &folder);
 
 } // namespace core

@@ -86,6 +86,46 @@ std::string FileNamePart(const std::string &path)
     return slash == std::string::npos ? path : path.substr(slash + 1);
 }
 
+std::string RealPath(const std::string &path)
+{
+    if (path.empty()) {
+        return path;
+    }
+    std::error_code ec;
+    fs::path p = fs::absolute(path, ec);
+    if (ec) {
+        return path;
+    }
+    while (!p.has_filename() && p.has_relative_path()) {
+        p = p.parent_path(); // "/a/b/" names the folder b
+    }
+    // As the system does: at most 40 links in a row, then the path is taken as it stands.
+    for (int hop = 0; hop < 40; ++hop) {
+        std::error_code folderError;
+        fs::path folder = fs::weakly_canonical(p.parent_path(), folderError);
+        if (!folderError && p.has_filename()) {
+            p = folder / p.filename();
+        }
+        std::error_code linkError;
+        if (!fs::is_symlink(fs::symlink_status(p, linkError))) {
+            break;
+        }
+        fs::path target = fs::read_symlink(p, linkError);
+        if (linkError) {
+            break;
+        }
+        p = target.is_absolute() ? target : p.parent_path() / target;
+    }
+    if (p.filename() == "." || p.filename() == "..") {
+        std::error_code canonicalError;
+        fs::path whole = fs::weakly_canonical(p, canonicalError);
+        if (!canonicalError) {
+            p = whole;
+        }
+    }
+    return p.string();
+}
+
 void DeleteByPattern(const std::string &pattern)
 {
     size_t slash = pattern.rfind('/');

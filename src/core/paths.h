@@ -15,6 +15,11 @@ bool IsMp4File(const std::string &path);
 std::string FolderPart(const std::string &path);
 // The file-name part of a path (behind the last "/").
 std::string FileNamePart(const std::string &path);
+// The absolute form of path with every symbolic link resolved, in its folders and in its last
+// part: the file or folder that reading or writing path reaches. Parts that do not exist yet are
+// kept as named, so a link to a file not made yet gives that file; "." and ".." are resolved and
+// a trailing "/" is dropped. An empty path comes back empty.
+std::string RealPath(const std::string &path);
 // Deletes every plain file matching a pattern with "*" in its file name; errors ignored.
 void DeleteByPattern(const std::string &pattern);
 // Deletes a folder with everything in it; the result is that of removing the folder.

@@ -1,6 +1,7 @@
 // Project file (.twproj): the writer, the key check and the roles of keys for the parser.
 #include "core/project_file.h"
 
+#include <algorithm>
 #include <exception>
 #include <mutex>
 #include <string>
@@ -64,13 +65,32 @@ json SceneToJson(const SceneEntry &entry)
     return object;
 }
 
+// The current row as the file keeps it: a row of the list, or -1 for an empty list. While a job
+// runs no row may be current (-1); the file then names the first, so that the next opening
+// keeps the list as it stands.
+int SavedRow(const CTarnwickData &data)
+{
+    const int count = static_cast<int>(data.diff_list.size());
+    return count == 0 ? -1 : std::clamp(data.list_idx, 0, count - 1);
+}
+
+template <typename Member> json RootValueToJson(const CTarnwickData &data, Kind kind, Member member)
+{
+    if constexpr (std::is_same_v<Member, int CTarnwickData::*>) {
+        if (member == &CTarnwickData::list_idx) {
+            return json(SavedRow(data));
+        }
+    }
+    return ValueToJson(kind, Field(data, member));
+}
+
 // The whole document; the caller holds the scene lock.
 json ProjectToJson(const CTarnwickData &data)
 {
     json root = json::object();
     for (const RootKey &row : kRootKeys) {
         root[row.key] = std::visit(
-            [&](auto member) { return ValueToJson(row.kind, Field(data, member)); }, row.member);
+            [&](auto member) { return RootValueToJson(data, row.kind, member); }, row.member);
     }
     return root;
 }

@@ -66,7 +66,13 @@ private:
 // - an fps that is not a positive finite number while the project names a video or has scenes;
 // - a negative width, height or frame_num; a sar_den not above 0, a negative sar_num, or a
 //   sar_num of 0 with a sar_den other than 1 (0:1 is how a probe stores an unknown aspect).
+// - a scene whose segment file name does not end in "_<first>_<last>.mp4" of its frames.
 // Reads data only; the caller holds whatever lock the list needs.
 void CheckProjectData(const CTarnwickData &data, ProjectWarnings &warnings);
+
+// Adds a warning when list_idx names no row of the list (a list of scenes with a current row
+// before the first or past the last, or an empty list with a row other than -1). The reader
+// adds it for a file that holds the key: a project without one has no current row yet.
+void CheckCurrentRow(const CTarnwickData &data, ProjectWarnings &warnings);
 
 } // namespace core

@@ -7,7 +7,9 @@
 #include <utility>
 #include <vector>
 
+#include "core/helpers.h"
 #include "core/path_check.h"
+#include "core/paths.h"
 #include "core/project_file_internal.h"
 #include "core/tarnwick_data.h"
 
@@ -15,17 +17,21 @@ namespace core {
 namespace {
 
 using detail::NumberText;
+using detail::PrintableLine;
 
 // Paths are handed to tools inside double quotes of a command text; an empty one is not used.
-void CheckPath(const std::string &field, const std::string &path, ProjectWarnings &warnings)
+// False when the path was warned about.
+bool CheckPath(const std::string &field, const std::string &path, ProjectWarnings &warnings)
 {
     if (path.empty()) {
-        return;
+        return true;
     }
     std::string problem = PathProblem(path);
     if (!problem.empty()) {
         warnings.Add(field + ": " + problem + "; no tool can be given this path");
+        return false;
     }
+    return true;
 }
 
 // The writer refuses a text that is not valid UTF-8.
@@ -46,27 +52,53 @@ void CheckCaption(const std::string &prefix,
     CheckText(prefix + ".font_name" + suffix, cap.font_name, warnings);
 }
 
+// A segment is named after the frames it holds, "<stem>_seg_<first>_<last>.mp4": a name that
+// names other frames belongs to another cut (the render takes such a file for stale).
+void CheckSegmentName(const std::string &field, const SceneEntry &scene, ProjectWarnings &warnings)
+{
+    if (scene.fileName.empty()) {
+        return;
+    }
+    const std::string name = FileNamePart(scene.fileName);
+    const std::string tail = StrPrintf("_%d_%d.mp4", scene.framNo_first, scene.framNo_second);
+    if (name.size() > tail.size() &&
+        name.compare(name.size() - tail.size(), tail.size(), tail) == 0) {
+        return;
+    }
+    warnings.Add(field + ": " + PrintableLine(name) + " is not named after the scene's frames " +
+                 std::to_string(scene.framNo_first) + " to " + std::to_string(scene.framNo_second) +
+                 " (it should end in " + tail + "); the next render cuts the scene again");
+}
+
 void CheckScene(const SceneEntry &scene, size_t index, int frameNum, ProjectWarnings &warnings)
 {
     const std::string prefix = "diff_list[" + std::to_string(index) + "]";
     const std::string suffix = " (scene " + std::to_string(index + 1) + ")";
     const std::pair<const char *, int> frames[] = {{"framNo_first", scene.framNo_first},
                                                    {"framNo_second", scene.framNo_second}};
+    bool bFramesGood = true;
     for (const auto &[key, frame] : frames) {
         const std::string field = prefix + "." + key + suffix + ": " + std::to_string(frame);
         if (frame < 0) {
             warnings.Add(field + " is negative; frames count from 0");
+            bFramesGood = false;
         } else if (frameNum > 0 && frame >= frameNum) {
             warnings.Add(field + " is at or beyond frame_num " + std::to_string(frameNum) +
                          "; the last frame is " + std::to_string(frameNum - 1));
+            bFramesGood = false;
         }
     }
     if (scene.framNo_second < scene.framNo_first) {
         warnings.Add(prefix + suffix + ": framNo_second " + std::to_string(scene.framNo_second) +
                      " is before framNo_first " + std::to_string(scene.framNo_first) +
                      "; the scene has no frames");
+        bFramesGood = false;
     }
-    CheckPath(prefix + ".fileName" + suffix, scene.fileName, warnings);
+    const std::string field = prefix + ".fileName" + suffix;
+    // One warning for one fault: the name is looked at only for frames and a path that can be.
+    if (CheckPath(field, scene.fileName, warnings) && bFramesGood) {
+        CheckSegmentName(field, scene, warnings);
+    }
     CheckCaption(prefix + ".capParam", suffix, scene.capParam, warnings);
 }
 
@@ -117,6 +149,26 @@ std::vector<std::string> ProjectWarnings::Lines() const
         lines.push_back("... and " + std::to_string(m_more) + " more warnings");
     }
     return lines;
+}
+
+void CheckCurrentRow(const CTarnwickData &data, ProjectWarnings &warnings)
+{
+    const int count = static_cast<int>(data.diff_list.size());
+    const int row = data.list_idx;
+    const std::string field = "list_idx: " + std::to_string(row);
+    if (count == 0) {
+        if (row != -1) {
+            warnings.Add(field + " names a scene, but the list is empty; -1 is read");
+        }
+        return;
+    }
+    if (row < 0 || row >= count) {
+        const int taken = row < 0 ? 0 : count - 1;
+        warnings.Add(field + " is outside the list of " + std::to_string(count) + " scene" +
+                     (count == 1 ? "" : "s") + " (0 to " + std::to_string(count - 1) +
+                     "); the list is kept and scene " + std::to_string(taken + 1) +
+                     " becomes the current one");
+    }
 }
 
 void CheckProjectData(const CTarnwickData &data, ProjectWarnings &warnings)

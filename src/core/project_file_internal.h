@@ -128,6 +128,18 @@ inline const RootKey kRootKeys[] = {
     {"capTitle", Kind::Caption, &CTarnwickData::capTitle},
 };
 
+// The key of a root field of the data, as the table names it.
+inline const char *KeyOf(int CTarnwickData::*member)
+{
+    for (const RootKey &row : kRootKeys) {
+        const auto *field = std::get_if<int CTarnwickData::*>(&row.member);
+        if (field != nullptr && *field == member) {
+            return row.key;
+        }
+    }
+    return "";
+}
+
 template <typename Data, typename T> auto &Field(Data &data, T CTarnwickData::*member)
 {
     return data.*member;

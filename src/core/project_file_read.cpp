@@ -386,8 +386,13 @@ bool CTarnwickData::LoadProjectFile(const std::string &path,
         detail::SetError(pError, path + ": cannot be read: " + e.what());
         return false;
     }
+    const auto row = root.find(detail::KeyOf(&CTarnwickData::list_idx));
+    const bool bRowInFile = row != root.end() && row->is_number();
     root = json();
     CheckProjectData(scratch, warnings);
+    if (bRowInFile) {
+        CheckCurrentRow(scratch, warnings);
+    }
     // The scenes are moved, not copied: the data has no move assignment of its own.
     std::vector<SceneEntry> scenes = std::move(scratch.diff_list);
     scratch.diff_list.clear();

@@ -7,6 +7,7 @@
 #include "core/app_log.h"
 #include "core/helpers.h"
 #include "core/language.h"
+#include "core/source_stamp.h"
 #include "engine/encoder_presets.h"
 #include "engine/input_analysis.h"
 #include "engine/job_states.h"
@@ -64,9 +65,10 @@ int CTarnwickProcess::PrepareWorkingFile(std::string &src)
     const std::string fieldOrder = pData->viInput.field_order;
     std::string working;
     if (!UsedAsItIs(input, fieldOrder)) {
-        // An existing working file is trusted: it only ever gets its name when whole.
+        // A working file found under its name is used again only when it was made from this
+        // very file: another video of the same name may have left its own there.
         working = WorkingFilePath(*pData);
-        if (!FileExists(working)) {
+        if (!core::MadeFromSource(working, input)) {
             int r = ConvertToMp4(input, working, NeedsDeinterlace(fieldOrder));
             if (r != kJobOk) {
                 return r;
@@ -125,8 +127,11 @@ int CTarnwickProcess::RunInputAnalysis(bool bProjectLoad)
     if (EngineTab *tab = CurrentTab()) {
         tab->OnInputAnalysed(bProjectLoad);
     }
-    // The tab refreshes its controls from the project when the job's end state arrives.
-    CutCurrentScene();
+    // The tab refreshes its controls from the project when the job's end state arrives. An
+    // opening that a scene extraction follows cuts nothing: the extraction empties the list.
+    if (!bOpenForExtraction) {
+        CutCurrentScene();
+    }
     std::string file = src;
     const std::string output = pData->GetOutputPath();
     if (bProjectLoad && FileExists(output)) {

@@ -8,6 +8,7 @@
 #include "core/helpers.h"
 #include "core/language.h"
 #include "core/merge_formats.h"
+#include "core/source_stamp.h"
 #include "engine/input_analysis.h"
 #include "engine/job_states.h"
 #include "engine/tarnwick_process.h"
@@ -73,6 +74,10 @@ int CTarnwickProcess::ProcessAnalysis()
             PostToTab(AppMessage::WM_APP_PROGRESS, static_cast<int64_t>(n), ++done);
         }
     }
+    if (result != kJobOk && bCancel != 0) {
+        // A probe that a stop killed reports a failure of its own: the file is not to blame.
+        result = kJobStopped;
+    }
     SendEndState(result);
     return result;
 }
@@ -120,11 +125,13 @@ int CTarnwickProcess::AnalyzeMergeSource(int nRow)
         row.framNo_second = row.viOut.frame_num - 1;
         segment = row.fileName;
     }
-    if (Exists(segment)) {
+    if (core::MadeFromSource(segment, src)) {
+        // A segment that cannot be read is made anew by the conversion: it does not fail the
+        // analysis of its source.
         core::VideoInfo facts;
-        r = GetVideoInfoFfprobe(segment, facts);
-        if (r == kJobOk && facts.r_frame_rate == core::MergeRateText(rate) &&
-            facts.width == size.width && facts.height == size.height) {
+        if (GetVideoInfoFfprobe(segment, facts) == kJobOk &&
+            facts.r_frame_rate == core::MergeRateText(rate) && facts.width == size.width &&
+            facts.height == size.height) {
             // A finished segment with the wanted properties counts with its real frames.
             std::lock_guard<std::mutex> lock(pData->sceneLock.m);
             pData->diff_list[static_cast<size_t>(nRow)].viOut = facts;
@@ -142,7 +149,7 @@ int CTarnwickProcess::AnalyzeMergeSource(int nRow)
     const std::string output = pData->GetOutputPath();
     const std::string file = Exists(output) ? output : src;
     PreviewAnalysedFile(file);
-    return r;
+    return kJobOk;
 }
 
 } // namespace engine

@@ -1,11 +1,14 @@
 // The working MP4 of an input that is not a progressive MP4: converted once, under a partial
-// name that becomes the working file's name only when the tool has succeeded.
+// name that becomes the working file's name only when the tool has succeeded, with the record of
+// the file it was made from beside it.
 #include <filesystem>
 #include <system_error>
 
+#include "core/app_log.h"
 #include "core/language.h"
 #include "core/paths.h"
 #include "core/project_names.h"
+#include "core/source_stamp.h"
 #include "engine/encoder_presets.h"
 #include "engine/input_analysis.h"
 #include "engine/job_states.h"
@@ -21,6 +24,9 @@ int CTarnwickProcess::ConvertToMp4(const std::string &source,
     SendStageBegin(engine::kStageChangeMp4, current.frame_num);
     core::CreateFolders(pData->output_folder);
     const std::string partial = core::PartialSegmentPath(target);
+    // The record of the file it replaces goes first: a run killed before the new record is
+    // written leaves a file that is not trusted.
+    core::RemoveSourceStamp(target);
     const std::string command =
         ConvertToMp4Command(ToolPrefix(pData->bUseCuda != 0),
                             source,
@@ -37,6 +43,12 @@ int CTarnwickProcess::ConvertToMp4(const std::string &source,
         ExecuteCmdWithProgress(false, command, current.frame_num, 0), partial, target);
     if (result != kJobOk) {
         return result;
+    }
+    if (!core::WriteSourceStamp(target, source)) {
+        core::Log("%s(%d) no record of the source beside %s\n",
+                  "CTarnwickProcess::ConvertToMp4",
+                  __LINE__,
+                  target.c_str());
     }
     SendJobState(engine::kStateDone);
     return kJobOk;

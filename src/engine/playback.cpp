@@ -3,6 +3,8 @@
 #include "engine/job_states.h"
 #include "engine/tarnwick_process.h"
 
+#include <cmath>
+#include <cstdlib>
 #include <filesystem>
 #include <mutex>
 #include <system_error>
@@ -156,6 +158,11 @@ int CTarnwickProcess::RunPlayerLoop(
         if (!CommandCarriesPaths(function, __LINE__, command, {file})) {
             return kJobCannotStart;
         }
+        // The position never goes back before the start asked for.
+        // The first frame at or after it: a frame that begins before it is before it.
+        nPlayFromFrame = static_cast<int>(
+            std::ceil(std::strtod(ss.c_str(), nullptr) * pData->viCurrent.fps - 1e-6));
+        strPlayFrom = ss;
         int result = ExecuteCmdWithProgress(true, command, nFrames, nBase);
         if (pData->play_loop == 0 || result != kJobOk) {
             return result;

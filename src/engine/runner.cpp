@@ -3,6 +3,7 @@
 #include "engine/job_states.h"
 #include "engine/tarnwick_process.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <functional>
@@ -14,6 +15,7 @@
 #include "core/language.h"
 #include "core/path_check.h"
 #include "engine/status_parser.h"
+#include "engine/tool_words.h"
 
 namespace engine {
 namespace {
@@ -94,6 +96,7 @@ bool CTarnwickProcess::CommandCarriesPaths(const char *function,
 
 int CTarnwickProcess::ExecuteCmd(const std::string &command, std::string *pOutput)
 {
+    SetLastToolWords("");
     ChildProcess child;
     int result = StartChildProcess(command, child);
     if (result != 0) {
@@ -109,6 +112,7 @@ int CTarnwickProcess::ExecuteCmd(const std::string &command, std::string *pOutpu
         }
     });
     int exitCode = child.Wait();
+    SetLastToolWords(exitCode != kJobOk && exitCode != kJobStopped ? ToolWords(text) : "");
     LogCommandResult("CTarnwickProcess::ExecuteCmd", __LINE__, command, exitCode);
     return exitCode;
 }
@@ -120,6 +124,7 @@ int CTarnwickProcess::ExecuteCmdWithProgress(bool bPlayback,
                                              const std::string & /*unused*/)
 {
     const char *function = "CTarnwickProcess::ExecuteCmdWithProgress";
+    SetLastToolWords("");
     if (nTotal < 1) {
         SendJobState(engine::kStateFailed, core::StrPrintf("TotalFrame(%d)", nTotal));
         core::Log("%s(%d) [NG:%d] %s\n", function, __LINE__, kJobCannotStart, command.c_str());
@@ -138,12 +143,18 @@ int CTarnwickProcess::ExecuteCmdWithProgress(bool bPlayback,
     double fps = pData != nullptr ? pData->viCurrent.fps : 0.0;
     int startFrame = pData != nullptr ? pData->viCurrent.start_frame : 0;
     StatusParser parser(bPlayback, fps, startFrame);
+    std::string tail; // the tool's last words, for the reason of a failure
     ReadUntilPipeEnds(child, bCancel, [&](const std::string &chunkText) {
         for (const StatusMatch &match : parser.Feed(chunkText)) {
             ReportStatus(bPlayback, match, nTotal, nBase, fps);
         }
+        tail += chunkText;
+        if (tail.size() > kTextLimit) {
+            tail.erase(0, tail.size() - kTextKeep);
+        }
     });
     int exitCode = child.Wait();
+    SetLastToolWords(exitCode != kJobOk && exitCode != kJobStopped ? ToolWords(tail) : "");
     hProcess = 0;
     ReportStepEnd(bPlayback, exitCode);
     LogCommandResult(function, __LINE__, command, exitCode);
@@ -157,12 +168,13 @@ void CTarnwickProcess::ReportStatus(
         PostToTab(AppMessage::WM_APP_PROGRESS, nTotal, match.frame + nBase);
         return;
     }
-    PlaybackPosition pos = PlaybackPositionOf(match.frame, match.capture, nTotal, fps);
+    PlaybackPosition pos =
+        PlaybackPositionOf(match.frame, match.capture, nTotal, fps, nPlayFromFrame, strPlayFrom);
     nPreviewFrame = pos.nPreviewFrame;
     strPreviewTime = pos.strPreviewTime;
     EngineTab *tab = CurrentTab();
     if (tab != nullptr && !tab->IsPositionDrag()) {
-        PostToTab(AppMessage::WM_APP_POSITION, match.frame, nTotal);
+        PostToTab(AppMessage::WM_APP_POSITION, std::max(match.frame, nPlayFromFrame), nTotal);
     }
 }
 

@@ -1,8 +1,9 @@
-// The command text of the frame-difference scan.
+// The command text of the frame-difference scan, and the smallest picture it can compare.
 
 #include "engine/scan_command.h"
 
 #include "core/helpers.h"
+#include "engine/changed_pixels.h"
 #include "engine/encoder_presets.h"
 
 namespace engine {
@@ -16,6 +17,11 @@ std::string ScanCommand(bool bUseCuda, const std::string &path, int w, int h)
                            path.c_str(),
                            w,
                            h);
+}
+
+bool ScanPictureTooSmall(int width, int height)
+{
+    return ScanDimension(width) * ScanDimension(height) <= 0;
 }
 
 } // namespace engine

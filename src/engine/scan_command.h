@@ -1,4 +1,5 @@
-// The command text of the frame-difference scan: the video as small gray frames on stdout.
+// The command text of the frame-difference scan: the video as small gray frames on stdout, and
+// whether a picture is large enough to be scanned at all.
 #pragma once
 
 #include <string>
@@ -11,5 +12,9 @@ namespace engine {
 // The tool must stay silent: its standard error shares the pipe, and one line there would
 // shift every frame behind it. Pure.
 std::string ScanCommand(bool bUseCuda, const std::string &path, int w, int h);
+
+// A picture of width x height leaves no pixel to compare at the scan's eighth of the size per
+// side (ScanDimension 0 for a side under 4 pixels): such a video cannot be scanned. Pure.
+bool ScanPictureTooSmall(int width, int height);
 
 } // namespace engine

@@ -25,13 +25,6 @@ int FrameCountOf(const core::SceneEntry &scene)
     return scene.framNo_second - scene.framNo_first + 1;
 }
 
-// A segment is good when its file holds at least one frame and exactly the record's count.
-// Nothing else is compared: a moved scene has other frame numbers and thereby another file.
-bool IsFresh(int probedFrames, const core::SceneEntry &scene)
-{
-    return probedFrames >= 1 && probedFrames == FrameCountOf(scene);
-}
-
 // The cut of scene from path, written to target (the segment's partial name), with the
 // encoder of settings.
 std::string CutCommandOf(const core::CTarnwickData &data,
@@ -110,6 +103,25 @@ int CheckProbedSegment(const CTarnwickProcess &engine, const std::string &fileNa
     return kJobOk;
 }
 
+// "the segment of scene 3" for the scene at list index 2.
+std::string SegmentOfScene(int nScene)
+{
+    return core::StrPrintf("the segment of scene %d,", nScene + 1);
+}
+
+// A scene that ends before it begins (a hand-edited project) has nothing to cut: the job's
+// failure names it. Returns the reason.
+std::string RefuseReversedScene(CTarnwickProcess &engine, int nScene, const core::SceneEntry &scene)
+{
+    const std::string reason = core::StrPrintf(
+        "scene %d ends at frame %d, before it begins at frame %d: correct or delete it",
+        nScene + 1,
+        scene.framNo_second,
+        scene.framNo_first);
+    engine.NoteFailure(reason);
+    return reason;
+}
+
 // "Segment Output (003)" for the scene at list index 2.
 std::string SceneStageText(int nScene)
 {
@@ -134,7 +146,8 @@ void CheckSceneInBackground(CTarnwickProcess &engine,
         LogMissingScene("CTarnwickProcess::QueueThread", __LINE__, nScene);
         return; // the list changed after the selection
     }
-    if (!IsFresh(engine.GetFrameCount(scene->fileName), *scene)) {
+    core::VideoInfo facts;
+    if (!engine.SegmentHoldsScene(*scene, facts)) {
         int nFrames = FrameCountOf(*scene);
         if (bShow) {
             engine.PostToTab(AppMessage::WM_APP_ELAPSED_TIMER, 1, 0);
@@ -233,6 +246,28 @@ std::optional<core::SceneEntry> SceneCopy(core::CTarnwickData &data, int nScene)
     return data.diff_list[static_cast<size_t>(nScene)];
 }
 
+std::optional<core::SceneEntry> CTarnwickProcess::SceneUnderItsSegmentName(int nScene)
+{
+    std::lock_guard<std::mutex> lock(pData->sceneLock.m);
+    if (nScene < 0 || static_cast<size_t>(nScene) >= pData->diff_list.size()) {
+        return std::nullopt;
+    }
+    core::SceneEntry &scene = pData->diff_list[static_cast<size_t>(nScene)];
+    const std::string expected = core::SegmentPath(*pData, scene.framNo_first, scene.framNo_second);
+    if (FrameCountOf(scene) >= 1 && scene.fileName != expected) {
+        // A file under another name may hold other frames, or another scene's: the scene is
+        // cut anew under its own name, and that other file is left alone.
+        core::Log("%s(%d) nScene(%d): \"%s\" is not named after its frames: \"%s\"\n",
+                  "CTarnwickProcess::SceneUnderItsSegmentName",
+                  __LINE__,
+                  nScene,
+                  scene.fileName.c_str(),
+                  expected.c_str());
+        scene.fileName = expected;
+    }
+    return scene;
+}
+
 int CTarnwickProcess::CutScene(const std::string &path,
                                int nScene,
                                int nTotal,
@@ -243,9 +278,13 @@ int CTarnwickProcess::CutScene(const std::string &path,
     if (bReport) {
         SendToTab(AppMessage::WM_APP_CURRENT_SCENE, nScene, 0);
     }
-    std::optional<core::SceneEntry> scene = SceneCopy(*pData, nScene);
+    std::optional<core::SceneEntry> scene = SceneUnderItsSegmentName(nScene);
     if (!scene) {
         LogMissingScene("CTarnwickProcess::CutScene", __LINE__, nScene);
+        return kJobCannotStart;
+    }
+    if (FrameCountOf(*scene) < 1) {
+        SendJobState(engine::kStateFailed, RefuseReversedScene(*this, nScene, *scene));
         return kJobCannotStart;
     }
     const std::string partial = core::PartialSegmentPath(scene->fileName);
@@ -254,7 +293,9 @@ int CTarnwickProcess::CutScene(const std::string &path,
         return kJobCannotStart;
     }
     CreateOutputFolder(settings);
-    int result = SettleCut(scene->fileName, ExecuteCmdWithProgress(false, command, nTotal, nBase));
+    int result = ExecuteCmdWithProgress(false, command, nTotal, nBase);
+    NoteWriteFailure(SegmentOfScene(nScene), scene->fileName, result);
+    result = SettleCut(scene->fileName, result);
     if (result != kJobOk) {
         return result;
     }
@@ -277,9 +318,13 @@ int CTarnwickProcess::CutSceneQuiet(const std::string &path,
                                     int nScene,
                                     const JobSettings &settings)
 {
-    std::optional<core::SceneEntry> scene = SceneCopy(*pData, nScene);
+    std::optional<core::SceneEntry> scene = SceneUnderItsSegmentName(nScene);
     if (!scene) {
         LogMissingScene("CTarnwickProcess::CutSceneQuiet", __LINE__, nScene);
+        return kJobCannotStart;
+    }
+    if (FrameCountOf(*scene) < 1) {
+        RefuseReversedScene(*this, nScene, *scene);
         return kJobCannotStart;
     }
     const std::string partial = core::PartialSegmentPath(scene->fileName);
@@ -289,7 +334,9 @@ int CTarnwickProcess::CutSceneQuiet(const std::string &path,
         return kJobCannotStart;
     }
     CreateOutputFolder(settings);
-    int result = SettleCut(scene->fileName, ExecuteCmd(command));
+    int result = ExecuteCmd(command);
+    NoteWriteFailure(SegmentOfScene(nScene), scene->fileName, result);
+    result = SettleCut(scene->fileName, result);
     if (result != kJobOk) {
         return result;
     }
@@ -402,9 +449,10 @@ int CTarnwickProcess::CutCurrentScene()
     if (!scene) {
         return kJobCannotStart;
     }
-    int probed = GetFrameCount(scene->fileName);
-    int result = probed >= 1 ? kJobOk : kJobCannotStart;
-    if (!IsFresh(probed, *scene)) {
+    core::VideoInfo facts;
+    const bool good = SegmentHoldsScene(*scene, facts);
+    int result = facts.frame_num >= 1 ? kJobOk : kJobCannotStart;
+    if (!good) {
         int nFrames = FrameCountOf(*scene);
         SendToTab(AppMessage::WM_APP_STAGE_BEGIN, 0, nFrames, SceneStageText(nScene));
         if (CutScene(SourcePath(), nScene, nFrames, 0, false, Settings()) == kJobOk) {

@@ -20,6 +20,14 @@ std::regex CompilePattern(bool bPlayback)
     return core::CompilePattern(bPlayback ? kPlaybackPattern : kProgressPattern);
 }
 
+// The seconds of a time text; 0 when it does not begin with a number.
+double SecondsOf(const std::string &text)
+{
+    double seconds = 0.0;
+    std::from_chars(text.data(), text.data() + text.size(), seconds);
+    return seconds;
+}
+
 } // namespace
 
 std::string ChunkText(const char *chunk, long size)
@@ -55,16 +63,23 @@ FrameOfCapture(const std::string &capture, bool bPlayback, double fps, int start
     return static_cast<int>(frame);
 }
 
-PlaybackPosition PlaybackPositionOf(int frame, const std::string &capture, int nTotal, double fps)
+PlaybackPosition PlaybackPositionOf(int frame,
+                                    const std::string &capture,
+                                    int nTotal,
+                                    double fps,
+                                    int fromFrame,
+                                    const std::string &fromTime)
 {
+    // The tool prints "%.6g", which also gives "1e+06"; the position takes the form of every
+    // other time on a command line.
+    const bool beforeStart = frame < fromFrame;
     PlaybackPosition pos;
-    pos.nPreviewFrame = std::min(frame, nTotal - 1);
-    if (pos.nPreviewFrame < nTotal - 1) {
-        pos.strPreviewTime = capture;
-    } else {
-        double seconds = fps > 0.0 ? pos.nPreviewFrame / fps : 0.0;
-        pos.strPreviewTime = core::StrPrintf("%.6f", seconds);
+    pos.nPreviewFrame = std::min(std::max(frame, fromFrame), nTotal - 1);
+    double seconds = SecondsOf(beforeStart ? fromTime : capture);
+    if (pos.nPreviewFrame >= nTotal - 1) {
+        seconds = fps > 0.0 ? pos.nPreviewFrame / fps : 0.0;
     }
+    pos.strPreviewTime = core::StrPrintf("%.6f", seconds);
     return pos;
 }
 

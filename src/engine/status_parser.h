@@ -24,15 +24,23 @@ std::string ChunkText(const char *chunk, long size);
 std::optional<int>
 FrameOfCapture(const std::string &capture, bool bPlayback, double fps, int startFrame);
 
-// Where playback stands after a report of frame with the captured time text: the frame is
-// held below nTotal; the time text is the captured one, or at the last frame "%.6f" of its
-// seconds at fps (0 when fps is not above 0).
+// Where playback stands after a report of frame with the captured time text, in a playback that
+// was asked to start at fromTime seconds, whose first frame at or after it is fromFrame: the
+// frame is held below nTotal, and never before the start (the player begins at the key frame before
+// it, and shows the frames up to it first). The time text has one form, "%.6f" of the seconds: of
+// the captured time, of the start, or at the last frame of its seconds at fps (0 when fps is not
+// above 0).
 struct PlaybackPosition
 {
     int nPreviewFrame = 0;
     std::string strPreviewTime;
 };
-PlaybackPosition PlaybackPositionOf(int frame, const std::string &capture, int nTotal, double fps);
+PlaybackPosition PlaybackPositionOf(int frame,
+                                    const std::string &capture,
+                                    int nTotal,
+                                    double fps,
+                                    int fromFrame = 0,
+                                    const std::string &fromTime = "0");
 
 // One report: a frame that differs from the one reported before, and the text it came from.
 struct StatusMatch

@@ -132,6 +132,10 @@ void CTarnwickProcess::RunJob(int nJob)
         DeletePartialSegments(); // what a killed run of the program left
     }
     nProcessExitCode = kJobOk;
+    {
+        std::lock_guard<std::mutex> lock(failureMutex);
+        strFailureReason.clear(); // the reason of an earlier job's failure
+    }
     nProcessExitCode = RunJobRow(nJob, true);
     jobSettings = std::nullopt;
     nProcessID = 0;

@@ -189,12 +189,26 @@ public:
                                int nBase,
                                const std::string &unused = {});
 
+    // The words of the last tool that failed on the calling thread (ToolWords of what it
+    // wrote); empty when the last tool of this thread succeeded or was stopped. Runner only.
+    static std::string LastToolWords();
+    // The reason of the job's first failure for the user: which film, segment or scene, and
+    // the tool's own words. The first note of a job stays; a new job starts without one. Any
+    // thread; read it once the job has ended.
+    void NoteFailure(const std::string &reason);
+    std::string FailureReason() const;
+    // NoteFailure of "<what> could not be written to <folder>: <the tool's words>" (or of its
+    // exit code when it said nothing usable) after a tool that wrote file failed with result; a
+    // stop notes nothing. Call on the thread that ran the tool.
+    void NoteWriteFailure(const std::string &what, const std::string &file, int result);
+
     // ---- Input analysis ----
 
     // Makes the working MP4 of source at target (stage "Change MP4" over viCurrent's frames),
     // deinterlaced with bDeinterlace. Written under target's partial name and renamed when the
-    // tool succeeded, so a stopped, failed or killed run leaves nothing under target. State 4
-    // on success. Returns 0, -2 when stopped, or the tool's exit code. Worker thread only.
+    // tool succeeded, so a stopped, failed or killed run leaves nothing under target; then the
+    // record of source is written beside target (core::WriteSourceStamp). State 4 on success.
+    // Returns 0, -2 when stopped, or the tool's exit code. Worker thread only.
     int ConvertToMp4(const std::string &source, const std::string &target, bool bDeinterlace);
 
     // The analysis of a newly opened input (job 1101): facts, the working MP4 when the input
@@ -203,6 +217,10 @@ public:
     // tab's messages; returns the job result (0, -2 when stopped, else a failure). nScene is
     // carried along and read by no step. Not while another job runs.
     int AnalyzeInputFile(bool bProjectLoad, int nScene);
+    // Set while an opening runs that a scene extraction follows (scan, extract, run): the
+    // analysis then cuts no scene, since the extraction empties the list. Set by the tab
+    // before AnalyzeInputFile and cleared after it.
+    std::atomic<bool> bOpenForExtraction{false};
 
     // The merge tab (job 1053 there): analyses every row not analysed yet, in list order, as
     // AnalyzeMergeSource does; stage "Video Analysis" over those rows. A failing row ends the
@@ -231,6 +249,19 @@ public:
     int ReloadVideoInfo(const std::string &path, bool bQuiet);
     // frame_num of path; 0 when the probe fails.
     int GetFrameCount(const std::string &path);
+    // True when path's video stream reaches the end its header states: its last packets are
+    // read (StreamEndCommand), nothing is decoded. A file cut short keeps the header of the
+    // whole one, so its frame count alone does not show it. Any thread.
+    bool StreamIsWhole(const std::string &path);
+    // The one test of a scene's segment before it is used: its file is the one named after the
+    // scene's frames (SegmentPath), its probed frame count (in facts) is at least 1 and equals
+    // the scene's, and its stream is whole (StreamIsWhole). Scene tab; any thread.
+    bool SegmentHoldsScene(const core::SceneEntry &scene, core::VideoInfo &facts);
+    // A copy of scene nScene whose record names its segment after its frames (SegmentPath):
+    // another name found there is replaced, since that file may hold other frames or another
+    // scene's; every cut writes under the corrected name. None when the index is out of range.
+    // Scene tab; takes pData->sceneLock.
+    std::optional<core::SceneEntry> SceneUnderItsSegmentName(int nScene);
     // ffprobe's JSON text of path in one of the fixed modes (1 to 5; any other number gives
     // the first video stream with errors shown). 0, or 1 when the tool failed.
     int RunFfprobeJson(const std::string &path, std::string &text, int mode);
@@ -468,10 +499,17 @@ public:
     Guarded<std::string> strPreviewFile;      // the file whose facts stand in viCurrent
     std::atomic<int> nPreviewFrame{0};        // frame at which preview and playback stand
     Guarded<std::string> strPreviewTime{"0"}; // the same position as seconds, as text
+    // Where the running playback was asked to start (frame, and seconds as the -ss text): the
+    // player begins at the key frame before it, and those frames are not reported as positions.
+    // The job's worker thread only.
+    int nPlayFromFrame = 0;
+    std::string strPlayFrom = "0";
     std::atomic<int> nProcessExitCode{0};     // result of the last job
     std::atomic<int> bCancel{0};              // a stop was asked for; every reading loop looks
     std::atomic<bool> bSelectingScene{false}; // job 1029 is choosing its scene: no stop now
     std::atomic<bool> bPreviewRunning{false}; // the preview thread exists
+    mutable std::mutex failureMutex;          // guards strFailureReason
+    std::string strFailureReason;             // see NoteFailure
     std::mutex previewMutex;                  // guards previewRequest and previewThread
     std::optional<PreviewRequest> previewRequest;
     std::thread previewThread; // the preview thread, or the last one, which has ended

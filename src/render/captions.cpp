@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <regex>
 
 #include "core/helpers.h"
 #include "core/paths.h"
@@ -41,6 +42,9 @@ constexpr int kLayerWatermark = 2;
 // Font sizes are given for a picture of 270 lines and scale in whole steps.
 constexpr int kLinesPerScaleStep = 270;
 
+// U+2060 WORD JOINER in UTF-8: no width, no break, and no meaning to libass.
+constexpr const char *kWordJoiner = "\xE2\x81\xA0";
+
 bool InForce(const CapParam &cap)
 {
     return !cap.caption.empty() && cap.cap_pos_type != 0;
@@ -66,14 +70,20 @@ int IntegerPart(double value)
     return static_cast<int>(value);
 }
 
+// The Dialogue line of a caption as the user typed it (see AssCaptionText).
 std::string Dialogue(int layer,
                      const std::string &start,
                      const std::string &end,
                      const std::string &style,
-                     const std::string &text)
+                     const std::string &caption,
+                     bool bStill = false)
 {
-    return core::StrPrintf(
-        kDialogueFormat, layer, start.c_str(), end.c_str(), style.c_str(), text.c_str());
+    return core::StrPrintf(kDialogueFormat,
+                           layer,
+                           start.c_str(),
+                           end.c_str(),
+                           style.c_str(),
+                           AssCaptionText(caption, !bStill).c_str());
 }
 
 // "Scene001" for the entry at list index 0.
@@ -255,7 +265,7 @@ std::string WholeFilmEvents(const CTarnwickData &data, const CaptionRequest &req
 // without a fade that would dim it.
 std::string StillEvent(int layer, const std::string &style, const std::string &caption)
 {
-    return Dialogue(layer, TimeCode(0.0), TimeCode(1.0), style, core::StripFadeTag(caption));
+    return Dialogue(layer, TimeCode(0.0), TimeCode(1.0), style, caption, true);
 }
 
 std::string SceneCaptionEvent(const CTarnwickData &data, const CaptionRequest &request, int nIdx)
@@ -375,7 +385,62 @@ std::string WithCrLf(const std::string &text)
     return result;
 }
 
+// The length of the fade block "{\fad(a,b)}" that the program puts in front of a default
+// title; 0 when text does not begin with one.
+size_t LeadingFadeLength(const std::string &text)
+{
+    static const std::regex kLeadingFade(R"(^\{\\fad\(\d+,\d+\)\})");
+    std::smatch match;
+    if (!std::regex_search(text, match, kLeadingFade)) {
+        return 0;
+    }
+    return static_cast<size_t>(match.length(0));
+}
+
 } // namespace
+
+std::string EscapeAssText(const std::string &text)
+{
+    std::string escaped;
+    escaped.reserve(text.size() + 8);
+    for (size_t i = 0; i < text.size(); ++i) {
+        const char c = text[i];
+        const char next = i + 1 < text.size() ? text[i + 1] : '\0';
+        switch (c) {
+        case '\r':
+            escaped += "\\N";
+            i += next == '\n' ? 1 : 0; // "\r\n" is one line end
+            break;
+        case '\n':
+            escaped += "\\N";
+            break;
+        case '{':
+        case '}':
+            escaped += '\\';
+            escaped += c;
+            break;
+        case '\\':
+            escaped += c;
+            // libass reads "\n" and "\h" as a space and a hard space; a word joiner between
+            // shows them as typed. "\N" stays the line break, as a line end becomes.
+            if (next == 'n' || next == 'h') {
+                escaped += kWordJoiner;
+            }
+            break;
+        default:
+            escaped += c;
+            break;
+        }
+    }
+    return escaped;
+}
+
+std::string AssCaptionText(const std::string &caption, bool bKeepFade)
+{
+    const size_t fade = LeadingFadeLength(caption);
+    return (bKeepFade ? caption.substr(0, fade) : std::string()) +
+           EscapeAssText(caption.substr(fade));
+}
 
 int CinemaBar(int nShort, int nLong)
 {
@@ -425,10 +490,12 @@ BuildCaptionText(const core::CTarnwickData &data, const CaptionRequest &request,
     int nShort = std::min(nResX, nResY);
     int nLong = std::max(nResX, nResY);
     int nBar = CinemaBar(nShort, nLong);
-    int nScale = nShort / kLinesPerScaleStep;
+    // At least the scale of a 270-line picture: a smaller picture still shows its captions,
+    // and title and watermark keep their places instead of collapsing into one point.
+    int nScale = std::max(nShort / kLinesPerScaleStep, 1);
     std::string text = core::StrPrintf(kHeaderFormat, nResX, nResY) +
                        StyleLines(data, request, nScale, nBar) + kEventsHeader + events;
-    // Line ends inside caption texts become "\r\n" too and split their Dialogue line.
+    // Caption texts hold no line end of their own any more: each stays on its Dialogue line.
     return WithCrLf(text);
 }
 

@@ -29,6 +29,16 @@ inline constexpr const char *kCaptionSuffixFrame = "_one.ass";
 // already as wide as 2.35:1.
 int CinemaBar(int nShort, int nLong);
 
+// A caption's text for the Text field of a Dialogue line, shown as typed: a line end (LF, CR
+// or CR LF) becomes "\N", a brace is escaped ("\{", "\}") so that nothing is read as an
+// override block, and a backslash before "n" or "h" is kept from libass by a word joiner. "\N"
+// stays a line break, as in the default watermark.
+std::string EscapeAssText(const std::string &text);
+
+// EscapeAssText of caption, except for the fade block "{\fad(a,b)}" that a default title begins
+// with: kept as an effect with bKeepFade, left out without (a still, which a fade would dim).
+std::string AssCaptionText(const std::string &caption, bool bKeepFade);
+
 // One "Style: ..." line ending in "\n". The font size is font_size * nScale; the side margins
 // are half of it, the vertical margin half of what the bar leaves of it (never below 0).
 std::string
@@ -41,7 +51,8 @@ MakeStyleLine(const std::string &name, int nScale, int nBar, const core::CapPara
 std::string BuildCaptionEvents(const core::CTarnwickData &data, const CaptionRequest &request);
 
 // The whole ASS file for a frame of w by h (w before the sample aspect ratio is applied), with
-// "\r\n" line ends throughout, caption texts included; empty when BuildCaptionEvents is.
+// "\r\n" line ends; empty when BuildCaptionEvents is. Font sizes scale with the short side in
+// steps of 270 lines, a picture of fewer lines taking the scale of 270.
 std::string
 BuildCaptionText(const core::CTarnwickData &data, const CaptionRequest &request, int w, int h);
 

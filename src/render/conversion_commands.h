@@ -19,11 +19,15 @@ std::string SilenceArgs(bool bHasAudio);
 
 // The conversion of workFile to target: silence (SilenceArgs) behind the input, pixel format
 // yuv420p, the rate and key frames of args, AAC sound, chain (the conforming chain, without a
-// final comma) before the time-stamp reset and square pixels.
+// final comma) before the time-stamp reset and square pixels. The picture is brought to the
+// rate by the fps filter, and with frames above 0 it ends after that many frames: "-r" alone
+// makes ffmpeg 5.1 repeat the last frames at a lower rate (a 4 s file of 25 fps gave 98 frames
+// at 24 fps, where the row plans 96).
 std::string ConvertInputCommand(const EncodeArgs &args,
                                 const std::string &workFile,
                                 const std::string &silence,
                                 const std::string &chain,
-                                const std::string &target);
+                                const std::string &target,
+                                int frames = 0);
 
 } // namespace render

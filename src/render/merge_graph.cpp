@@ -20,7 +20,9 @@ std::string AudioLabel(size_t n)
 }
 
 // Each input gets its rate before and after the trim, so that the cut falls on the target
-// rate's frames and the result holds only that rate; its times then start at zero.
+// rate's frames and the result holds only that rate; its times then start at zero. Its sound is
+// padded with silence before the cut, so that a file whose sound ends before its picture still
+// gives sound of the picture's length and the files after it stay in step.
 void AppendInputChains(std::string &graph,
                        const std::vector<MergeStep> &steps,
                        const std::string &rate,
@@ -38,7 +40,7 @@ void AppendInputChains(std::string &graph,
             rate.c_str(),
             v.c_str());
         if (bAudio) {
-            graph += core::StrPrintf("[%zu:a]atrim=duration=%.6f,asetpts=PTS-STARTPTS[%s];",
+            graph += core::StrPrintf("[%zu:a]apad,atrim=duration=%.6f,asetpts=PTS-STARTPTS[%s];",
                                      n,
                                      steps[n].duration,
                                      AudioLabel(n).c_str());
@@ -47,10 +49,15 @@ void AppendInputChains(std::string &graph,
 }
 
 // Fades chained from the left: each step fades the film so far into the next input. offset is
-// where the next fade starts in the result; every join shortens the result by fade.
+// where the next fade starts in the result; every join shortens the result by fade. The xfade of
+// ffmpeg 5.1 leaves a gap of one frame in the times behind a fade when its first input ends
+// before the fade's last frame (which the trim makes the rule), and an encoder at a constant rate
+// fills that gap with a copy: the film would gain a frame per join. Every fade's frames are
+// therefore numbered anew at the rate.
 void AppendCrossFades(std::string &graph,
                       double fade,
                       const std::vector<MergeStep> &steps,
+                      const std::string &rate,
                       bool bAudio)
 {
     std::string video = VideoLabel(0);
@@ -60,12 +67,14 @@ void AppendCrossFades(std::string &graph,
         bool last = i + 1 == steps.size();
         std::string videoResult = last ? "vid" : core::StrPrintf("vf%zu", i);
         std::string audioResult = last ? "aud" : core::StrPrintf("af%zu", i);
-        graph += core::StrPrintf("[%s][%s]xfade=transition=fade:duration=%.6f:offset=%.6f[%s];",
-                                 video.c_str(),
-                                 VideoLabel(i).c_str(),
-                                 fade,
-                                 offset,
-                                 videoResult.c_str());
+        graph += core::StrPrintf(
+            "[%s][%s]xfade=transition=fade:duration=%.6f:offset=%.6f,setpts=N/(%s)/TB[%s];",
+            video.c_str(),
+            VideoLabel(i).c_str(),
+            fade,
+            offset,
+            rate.c_str(),
+            videoResult.c_str());
         if (bAudio) {
             // The audio fade is written with three decimals, the video fade with six.
             graph += core::StrPrintf("[%s][%s]acrossfade=d=%.3f,aresample=async=1[%s];",
@@ -99,10 +108,10 @@ void AppendConcat(std::string &graph, size_t count, bool bAudio)
 
 int InputShorterThanFade(double fade, const std::vector<MergeStep> &steps)
 {
-    if (fade <= kNoFadeLimit) {
+    if (fade <= kNoFadeLimit || steps.size() < 2) {
         return -1;
     }
-    for (size_t i = 1; i < steps.size(); ++i) {
+    for (size_t i = 0; i < steps.size(); ++i) {
         // Durations and the fade both come from frames at the rate: a hair's difference is the
         // same length.
         if (steps[i].duration + 0.000001 < fade) {
@@ -131,7 +140,7 @@ std::string BuildMergeGraph(double fade,
         return graph;
     }
     if (fade > kNoFadeLimit) {
-        AppendCrossFades(graph, fade, steps, bAudio);
+        AppendCrossFades(graph, fade, steps, rate, bAudio);
     } else {
         AppendConcat(graph, steps.size(), bAudio);
     }

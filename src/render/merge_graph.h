@@ -30,11 +30,12 @@ std::string BuildMergeGraph(double fade,
                             const std::string &rate,
                             bool bAudio);
 
-// The first input after the first one that lasts less than fade, as an index into steps; -1
-// when every input is long enough, and always without a fade (fade not above kNoFadeLimit).
-// The ffmpeg 5.1 of Debian 12 waits for ever in a cross-fade whose second input ends before
-// the fade does, so such a list must not reach the tool. A first input shorter than the fade
-// is cut short by the tool and does no harm. Pure.
+// The first input that lasts less than fade, as an index into steps; -1 when every input is long
+// enough, when there is no fade (fade not above kNoFadeLimit) and when there is nothing to fade
+// into (fewer than two steps). The first input counts as every other: the ffmpeg 5.1 of Debian
+// 12 waits for ever in a cross-fade whose second input ends before the fade does, and a first
+// input shorter than the fade gives a negative offset, with which it writes a film without
+// sound. So such a list must not reach the tool. Pure.
 int InputShorterThanFade(double fade, const std::vector<MergeStep> &steps);
 
 // graph as the value of ffmpeg's -filter_complex: without its final ";". The graph parser of

@@ -19,6 +19,7 @@
 #include "core/merge_formats.h"
 #include "core/paths.h"
 #include "core/project_names.h"
+#include "core/source_stamp.h"
 #include "engine/encoder_presets.h"
 #include "engine/job_pool.h"
 #include "render/conversion_commands.h"
@@ -30,12 +31,6 @@ namespace {
 
 constexpr const char *kConvertInput = "CTarnwickProcess::ConvertInput";
 constexpr const char *kConv = "CTarnwickProcess::ProcessConv";
-
-bool FileExists(const std::string &path)
-{
-    std::error_code ec;
-    return !path.empty() && std::filesystem::is_regular_file(path, ec);
-}
 
 void DeleteQuietly(const std::string &path)
 {
@@ -81,7 +76,8 @@ int CTarnwickProcess::ConvertInput(int nRow, int nTotal, int nBase, bool bReport
     }
     const MergeTarget target = TargetOf(nRateIndex, nSizeIndex);
     const int nFrames = row->viOut.frame_num;
-    if (FileExists(row->fileName)) {
+    // A segment of the same name made from another source is not this row's.
+    if (core::MadeFromSource(row->fileName, row->strWorkFile)) {
         core::VideoInfo facts;
         if (GetVideoInfoFfprobe(row->fileName, facts) == kJobOk && facts.frame_num == nFrames &&
             facts.r_frame_rate == target.rate && facts.width == target.size.width &&
@@ -96,12 +92,14 @@ int CTarnwickProcess::ConvertInput(int nRow, int nTotal, int nBase, bool bReport
     // Written under a partial name, so that a kill never leaves half a segment that a later
     // run would take for good.
     const std::string partial = core::PartialSegmentPath(row->fileName);
+    core::RemoveSourceStamp(row->fileName);
     const std::string command =
         render::ConvertInputCommand(args,
                                     row->strWorkFile,
                                     render::SilenceArgs(row->viIn.bHasAudio),
                                     render::ConformingChain(target.size.width, target.size.height),
-                                    partial);
+                                    partial,
+                                    nFrames);
     core::CreateFolders(core::SetTrailingSeparator(pData->output_folder, false));
     int result = kJobCannotStart;
     if (CommandCarriesPaths(kConvertInput, __LINE__, command, {row->strWorkFile, partial})) {
@@ -113,6 +111,7 @@ int CTarnwickProcess::ConvertInput(int nRow, int nTotal, int nBase, bool bReport
         DeleteQuietly(row->fileName);
         return result;
     }
+    core::WriteSourceStamp(row->fileName, row->strWorkFile);
     core::VideoInfo out;
     const int probe = GetVideoInfoFfprobe(row->fileName, out);
     {
@@ -256,7 +255,8 @@ int CTarnwickProcess::PrecheckConversions(int nScenes, double fps, TrimPrecheck 
                 continue;
             }
             const int count = GetFrameCount(row->fileName);
-            if (count >= 1 && count == frames) {
+            if (count >= 1 && count == frames &&
+                core::MadeFromSource(row->fileName, row->strWorkFile)) {
                 PostToTab(AppMessage::WM_APP_PROGRESS, nScenes, ++nDone);
             } else {
                 results.push_back(kJobOk);

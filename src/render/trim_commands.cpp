@@ -74,7 +74,8 @@ MergePlan PlanMerge(const std::vector<double> &durations, int nBatch, double fad
 int FadedFrameCount(int nTotal, double fps, int nCount, double fade)
 {
     const double seconds = fps > 0 ? nTotal / fps : 0.0;
-    return static_cast<int>(std::floor((seconds - (nCount - 1) * fade) * fps));
+    // (57 / 25 - 2 x 0.48) x 25 is 32.99999999999999 in doubles, and must give 33.
+    return static_cast<int>(std::floor((seconds - (nCount - 1) * fade) * fps + 0.000001));
 }
 
 std::string ConcatListText(const std::vector<std::string> &files)
@@ -118,11 +119,19 @@ std::string GraphMergeCommand(const EncodeArgs &args,
 std::string FinalEncodeCommand(const EncodeArgs &args,
                                const std::string &merged,
                                const std::string &chain,
-                               const std::string &output)
+                               const std::string &output,
+                               int frames)
 {
+    std::string pictureEnd;
+    std::string soundEnd;
+    if (frames > 0 && args.fps > 0) {
+        // A frame more than planned is cut; sound that ends early is made up with silence.
+        pictureEnd = core::StrPrintf("trim=end_frame=%d,", frames);
+        soundEnd = core::StrPrintf(",apad,atrim=duration=%.6f", frames / args.fps);
+    }
     return args.prefix + "-i \"" + merged + "\" " + VideoArgs(args) + " -c:a aac -b:a 192k -vf \"" +
-           chain + "setpts=PTS-STARTPTS\" -af \"asetpts=PTS-STARTPTS\" -movflags +faststart \"" +
-           output + "\"";
+           chain + pictureEnd + "setpts=PTS-STARTPTS\" -af \"asetpts=PTS-STARTPTS" + soundEnd +
+           "\" -movflags +faststart \"" + output + "\"";
 }
 
 } // namespace render

@@ -51,7 +51,8 @@ struct MergePlan
 MergePlan PlanMerge(const std::vector<double> &durations, int nBatch, double fade, double fps);
 
 // Frames of the film after a merge with fades: floor((nTotal / fps - (nCount - 1) x fade) x
-// fps), nTotal / fps taken as 0 when fps is not above 0.
+// fps), nTotal / fps taken as 0 when fps is not above 0. A product that misses a whole number
+// only by the rounding of doubles counts as that number.
 int FadedFrameCount(int nTotal, double fps, int nCount, double fade);
 
 // The concat demuxer's list: a line "file '<name>'" for every file. A single quote in a name
@@ -80,10 +81,13 @@ std::string GraphMergeCommand(const EncodeArgs &args,
                               const std::string &name);
 
 // The final encode of merged to output, with the picture chain (which ends in "," or is empty)
-// in front of the time-stamp reset.
+// in front of the time-stamp reset. With frames above 0 the film ends where the job planned it:
+// its picture at that many frames, and its sound, padded with silence where it is shorter, at
+// the same moment (frames / args.fps seconds).
 std::string FinalEncodeCommand(const EncodeArgs &args,
                                const std::string &merged,
                                const std::string &chain,
-                               const std::string &output);
+                               const std::string &output,
+                               int frames = 0);
 
 } // namespace render

@@ -6,10 +6,9 @@
 
 #include <algorithm>
 #include <atomic>
-#include <filesystem>
 #include <mutex>
+#include <optional>
 #include <string>
-#include <system_error>
 #include <vector>
 
 #include "core/app_log.h"
@@ -34,12 +33,6 @@ int FramesOf(const core::SceneEntry &scene)
     return scene.framNo_second - scene.framNo_first + 1;
 }
 
-void DeleteQuietly(const std::string &path)
-{
-    std::error_code ignored;
-    std::filesystem::remove(path, ignored);
-}
-
 } // namespace
 
 int CTarnwickProcess::ProcessTrim(const std::string &input, const std::string &output)
@@ -57,7 +50,7 @@ int CTarnwickProcess::ProcessTrim(const std::string &input, const std::string &o
     core::DeleteByPattern(names.MergeMask()); // leftovers of a broken run
     int result = ReloadVideoInfo(input, false);
     if (result != kJobOk) {
-        return result;
+        return bCancel != 0 ? kJobStopped : result; // a probe that a stop ended says 1
     }
     SetPreviewImage(input, strPreviewTime.get(), false, -1);
     core::CreateFolders(core::SetTrailingSeparator(pData->output_folder, false));
@@ -89,14 +82,11 @@ int CTarnwickProcess::PrecheckSegments(const std::string &input, int nScenes, Tr
     {
         JobPool pool(settings.useCuda != 0);
         for (int i = 0; i < nScenes; ++i) {
-            core::SceneEntry scene;
-            {
-                std::lock_guard<std::mutex> lock(pData->sceneLock.m);
-                if (static_cast<size_t>(i) >= pData->diff_list.size()) {
-                    break;
-                }
-                scene = pData->diff_list[static_cast<size_t>(i)];
+            std::optional<core::SceneEntry> named = SceneUnderItsSegmentName(i);
+            if (!named) {
+                break;
             }
+            const core::SceneEntry &scene = *named;
             if (!scene.bEnable) {
                 continue;
             }
@@ -110,14 +100,14 @@ int CTarnwickProcess::PrecheckSegments(const std::string &input, int nScenes, Tr
                 continue;
             }
             core::VideoInfo info;
-            GetVideoInfoFfprobe(scene.fileName, info);
+            const bool good = SegmentHoldsScene(scene, info);
             {
                 std::lock_guard<std::mutex> lock(pData->sceneLock.m);
                 if (static_cast<size_t>(checked.nCount) < pData->diff_list.size()) {
                     pData->diff_list[static_cast<size_t>(checked.nCount)].viIn = info;
                 }
             }
-            if (info.frame_num >= 1 && info.frame_num == FramesOf(scene)) {
+            if (good) {
                 PostToTab(AppMessage::WM_APP_PROGRESS, nScenes, ++nDone);
             } else {
                 const int slot = nQueued++;
@@ -167,7 +157,7 @@ int CTarnwickProcess::MergeSegments(const render::TrimNames &names,
     // viCurrent then holds the facts of a segment: its size, rate and whether it has sound.
     int result = OpenVideoFile(first);
     if (result != kJobOk) {
-        return result;
+        return bCancel != 0 ? kJobStopped : result;
     }
     const render::EncodeArgs args{ToolPrefix(pData->bUseCuda != 0),
                                   EncoderText(pData->bUseCuda, pData->nEncodePreset),
@@ -205,7 +195,9 @@ int CTarnwickProcess::MergeByConcat(const render::TrimNames &names,
     if (!CommandCarriesPaths(kTrim, __LINE__, command, {names.FileList(), merged})) {
         return kJobCannotStart;
     }
-    return ExecuteCmdWithProgress(false, command, nTotal, 0);
+    const int result = ExecuteCmdWithProgress(false, command, nTotal, 0);
+    NoteWriteFailure("the joined scenes", merged, result);
+    return result;
 }
 
 int CTarnwickProcess::MergeByGraphs(const render::TrimNames &names,
@@ -229,6 +221,7 @@ int CTarnwickProcess::MergeByGraphs(const render::TrimNames &names,
                             step.duration,
                             fade);
         core::Log("%s(%d) %s\n", "CTarnwickProcess::MergeByGraphs", __LINE__, reason.c_str());
+        NoteFailure(reason);
         SendJobState(engine::kStateFailed, reason);
         return kJobCannotStart;
     }
@@ -268,6 +261,7 @@ int CTarnwickProcess::MergeByGraphs(const render::TrimNames &names,
                 return kJobCannotStart;
             }
             int result = ExecuteCmdWithProgress(false, command, plan.nPlanned, group.progressBase);
+            NoteWriteFailure("the joined scenes", name, result);
             if (result != kJobOk) {
                 return result;
             }
@@ -287,18 +281,20 @@ int CTarnwickProcess::EncodeFinal(const render::TrimNames &names,
 {
     const std::string chain = BuildVideoFilter(true, false, false, false, -1);
     // Written under a partial name and renamed when whole, so that a kill never leaves a
-    // broken film under the name the user asked for.
+    // broken film under the name the user asked for, and a stopped or failed encode leaves the
+    // previous film as it was: only a finished one replaces it.
     const std::string partial = core::PartialSegmentPath(output);
-    const std::string command = render::FinalEncodeCommand(args, merged, chain, partial);
+    // The film ends at the length the job planned, whatever a merge step gave in excess.
+    const std::string command = render::FinalEncodeCommand(args, merged, chain, partial, nFinal);
     int result = kJobCannotStart;
     if (CommandCarriesPaths(kTrim, __LINE__, command, {merged, partial})) {
         SendStageBegin(engine::kStageFinalMerge, nFinal);
         result = ExecuteCmdWithProgress(false, command, nFinal, 0);
+        NoteWriteFailure("the film", output, result);
     }
     core::DeleteByPattern(names.MergeMask());
     result = SettlePartialFile(result, partial, output);
     if (result != kJobOk) {
-        DeleteQuietly(output);
         return result;
     }
     SendJobState(engine::kStateDone);

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "core/tarnwick_data.h"
 
@@ -18,10 +19,15 @@ struct SceneEdit
     std::string text; // Caption, Title, Watermark
 };
 
-// Applies edit to data. Segment files that the edit makes stale (a split or deleted scene) are
-// deleted; the next render cuts what is missing. Deleting the only scene leaves the default
-// scene. Returns an empty text, or why the edit cannot be made ("scene 7 does not exist: the
-// project has 3 scenes"), with data unchanged then.
+// Applies edits to data in the order given. Every edit is checked and made on a copy first; only
+// when all of them can be made does data take the result, and then the segment files that the
+// list named before and names no more (a split or deleted scene) are deleted; the next render
+// cuts what is missing. Deleting the only scene leaves the default scene. Returns an empty text,
+// or why the first edit that cannot be made cannot ("scene 7 does not exist: the project has 3
+// scenes"), with data and files unchanged then.
+std::string ApplySceneEdits(core::CTarnwickData &data, const std::vector<SceneEdit> &edits);
+
+// One edit alone: ApplySceneEdits with edit.
 std::string ApplySceneEdit(core::CTarnwickData &data, const SceneEdit &edit);
 
 } // namespace workspace

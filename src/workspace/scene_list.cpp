@@ -248,11 +248,7 @@ ApplyCellEdit(core::CTarnwickData &data, int row, int column, const std::string 
 
 bool CanSplit(const core::CTarnwickData &data, int row)
 {
-    std::lock_guard lock(data.sceneLock.m);
-    if (!ValidRow(data, row)) {
-        return false;
-    }
-    return RowFrameCount(data.diff_list[row], ListKind::Scene) >= 2 * MinSceneFrames(data);
+    return SplitRange(data, row).has_value();
 }
 
 ContextMenu

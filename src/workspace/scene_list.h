@@ -123,16 +123,29 @@ struct ListChange
     int nDeletedFrames = -1;
 };
 
+// The frames at which the later part of a split of a row may begin.
+struct SplitFrames
+{
+    int nFirst = 0; // first + m: the earlier part keeps m frames
+    int nLast = 0;  // last - m + 1: the later part keeps m frames
+};
+// Where row can be split so that each part keeps at least m frames (MinSceneFrames, and at
+// least 1); nothing when the row is out of range or has fewer than 2m frames.
+std::optional<SplitFrames> SplitRange(const core::CTarnwickData &data, int row);
 // Split is offered when the row has at least twice the fewest frames of a scene.
 bool CanSplit(const core::CTarnwickData &data, int row);
-// Splits row at its start + max(previewFrameOffset, m), at most last - m + 1, so that each part
-// keeps at least m frames. The row becomes the later part; the earlier part, with default
-// caption settings, is inserted before it. The later part becomes current. Both halves are to be
-// checked, the old segment file deleted. Does nothing when CanSplit is false.
+// Splits row so that the later part begins exactly at frame, which must lie in SplitRange. The
+// row becomes the later part; the earlier part, with default caption settings, is inserted
+// before it. The later part becomes current. Both halves are to be checked, the old segment file
+// deleted unless another row still names it. Does nothing when frame is outside the range.
+ListChange SplitRowAt(core::CTarnwickData &data, int row, int frame);
+// The context menu's split, at the preview position: the later part begins at the scene's first
+// frame + previewFrameOffset, held inside SplitRange (so at first + m from the scene's start).
 ListChange SplitRow(core::CTarnwickData &data, int row, int previewFrameOffset);
 // Removes row. With fewer than two rows only bResetScenes is set. list_idx is clamped to the
-// last row. The scene list deletes the row's segment and checks the new current scene; the merge
-// list keeps the file (a later reset removes it).
+// last row. The scene list deletes the row's segment unless another row (a duplicate) still
+// names it, and checks the new current scene; the merge list keeps the file (a later reset
+// removes it).
 ListChange DeleteRow(core::CTarnwickData &data, int row, ListKind kind);
 // Inserts a copy of row (its file name included) at row; the current row becomes row + 1, the
 // lower of the two.

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <mutex>
+#include <optional>
+#include <string>
 #include <utility>
 
 #include "core/project_names.h"
@@ -18,6 +20,15 @@ bool ValidRow(const core::CTarnwickData &data, int row)
     return row >= 0 && row < static_cast<int>(data.diff_list.size());
 }
 
+// Whether a row of the list names file (a duplicate shares its segment). The caller holds
+// data.sceneLock.
+bool NamedByAnyRow(const core::CTarnwickData &data, const std::string &file)
+{
+    return std::any_of(data.diff_list.begin(),
+                       data.diff_list.end(),
+                       [&file](const core::SceneEntry &entry) { return entry.fileName == file; });
+}
+
 // Seconds of a number of frames at viCurrent.fps; 0 when the rate is not positive.
 double FramesToSeconds(const core::CTarnwickData &data, int frames)
 {
@@ -26,13 +37,27 @@ double FramesToSeconds(const core::CTarnwickData &data, int frames)
 
 } // namespace
 
-ListChange SplitRow(core::CTarnwickData &data, int row, int previewFrameOffset)
+std::optional<SplitFrames> SplitRange(const core::CTarnwickData &data, int row)
+{
+    std::lock_guard lock(data.sceneLock.m);
+    if (!ValidRow(data, row)) {
+        return std::nullopt;
+    }
+    const int m = std::max(1, MinSceneFrames(data));
+    const core::SceneEntry &entry = data.diff_list[row];
+    if (RowFrameCount(entry, ListKind::Scene) < 2 * m) {
+        return std::nullopt;
+    }
+    return SplitFrames{entry.framNo_first + m, entry.framNo_second - m + 1};
+}
+
+ListChange SplitRowAt(core::CTarnwickData &data, int row, int frame)
 {
     ListChange change;
-    if (!CanSplit(data, row)) {
+    const std::optional<SplitFrames> range = SplitRange(data, row);
+    if (!range || frame < range->nFirst || frame > range->nLast) {
         return change;
     }
-    const int m = MinSceneFrames(data);
     std::lock_guard lock(data.sceneLock.m);
     if (!ValidRow(data, row)) {
         return change;
@@ -40,24 +65,41 @@ ListChange SplitRow(core::CTarnwickData &data, int row, int previewFrameOffset)
     core::SceneEntry &later = data.diff_list[row];
     const int s = later.framNo_first;
     const int e = later.framNo_second;
-    // Each part keeps at least m frames.
-    const int split = std::min(s + std::max(previewFrameOffset, m), e - m + 1);
-    change.filesToDelete.push_back(later.fileName);
+    const std::string oldFile = later.fileName;
 
     const double oldLength = later.capParam.capTime_second;
-    const double laterSeconds = FramesToSeconds(data, e - split + 1);
-    core::SceneEntry earlier(s, split - 1, core::SegmentPath(data, s, split - 1));
+    const double laterSeconds = FramesToSeconds(data, e - frame + 1);
+    core::SceneEntry earlier(s, frame - 1, core::SegmentPath(data, s, frame - 1));
     earlier.SetCaption(0.0, oldLength - laterSeconds, later.capParam.caption);
 
-    later.framNo_first = split;
-    later.fileName = core::SegmentPath(data, split, e);
+    later.framNo_first = frame;
+    later.fileName = core::SegmentPath(data, frame, e);
     later.SetCaption(later.capParam.capTime_first, laterSeconds, later.capParam.caption);
 
     data.diff_list.insert(data.diff_list.begin() + row, earlier);
     data.list_idx = row + 1;
+    if (!NamedByAnyRow(data, oldFile)) {
+        change.filesToDelete.push_back(oldFile);
+    }
     change.scenesToCheck = {row, row + 1};
     change.bChanged = true;
     return change;
+}
+
+ListChange SplitRow(core::CTarnwickData &data, int row, int previewFrameOffset)
+{
+    const std::optional<SplitFrames> range = SplitRange(data, row);
+    int first = 0;
+    {
+        std::lock_guard lock(data.sceneLock.m);
+        if (!range || !ValidRow(data, row)) {
+            return ListChange{};
+        }
+        first = data.diff_list[row].framNo_first;
+    }
+    const long long wanted = static_cast<long long>(first) + previewFrameOffset;
+    const int frame = static_cast<int>(std::clamp<long long>(wanted, range->nFirst, range->nLast));
+    return SplitRowAt(data, row, frame);
 }
 
 ListChange DeleteRow(core::CTarnwickData &data, int row, ListKind kind)
@@ -73,10 +115,11 @@ ListChange DeleteRow(core::CTarnwickData &data, int row, ListKind kind)
     }
     const core::SceneEntry &entry = data.diff_list[row];
     change.nDeletedFrames = RowFrameCount(entry, kind);
-    if (kind == ListKind::Scene) {
-        change.filesToDelete.push_back(entry.fileName);
-    }
+    const std::string file = entry.fileName;
     data.diff_list.erase(data.diff_list.begin() + row);
+    if (kind == ListKind::Scene && !NamedByAnyRow(data, file)) {
+        change.filesToDelete.push_back(file);
+    }
     const int lastRow = static_cast<int>(data.diff_list.size()) - 1;
     data.list_idx = std::min(data.list_idx, lastRow);
     if (kind == ListKind::Scene && data.list_idx >= 0) {

@@ -372,16 +372,17 @@ bool CTarnwickTab::MoveOutputFolder(const std::string &oldGiven,
                                     bool bWorkingFile)
 {
     const std::string oldFolder = oldGiven; // copies: the caller may pass output_folder
-    const std::string newFolder = newGiven;
-    if (RefusePath(newFolder, false)) {
+    if (RefusePath(newGiven, false)) {
         ShowFields();
         return false;
     }
-    if (!core::CreateFolders(newFolder)) {
-        ReportProblem(kIdsFolderNotMade, newFolder, std::strerror(errno));
+    if (!core::CreateFolders(newGiven)) {
+        ReportProblem(kIdsFolderNotMade, newGiven, std::strerror(errno));
         ShowFields();
         return false;
     }
+    // The folder's real path, also when it is reached through a symbolic link.
+    const std::string newFolder = core::SetTrailingSeparator(core::RealPath(newGiven), true);
     if (bWorkingFile) {
         ReplaceFolderText(m_Data.input_mp4_file, oldFolder, newFolder);
     }
@@ -417,6 +418,18 @@ bool CTarnwickTab::RefusePath(const std::string &path, bool bName)
     }
     if (bName && core::StemTooLong(path)) {
         ReportProblem(kIdsNameTooLong, path);
+        return true;
+    }
+    return false;
+}
+
+bool CTarnwickTab::RefuseFilmName(const std::string &name)
+{
+    if (RefusePath(name, true)) {
+        return true;
+    }
+    if (!core::IsMp4File(name)) {
+        ReportProblem(kIdsFilmNotMp4, name);
         return true;
     }
     return false;

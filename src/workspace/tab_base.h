@@ -60,6 +60,10 @@ struct AnalysisReport
     bool bNeedsWorkingFile = false; // the given file is not used as it is
     bool bWorkingFileMade = false;  // this analysis made the working MP4
     TimesOrigin times = TimesOrigin::None;
+    // An opening for scene extraction refused a picture too small to scan; its size.
+    bool bPictureTooSmall = false;
+    int nWidth = 0;
+    int nHeight = 0;
 };
 
 // What a probe job found: ffprobe's JSON text (a kind from 1) or the stream facts (kind 0).
@@ -210,6 +214,9 @@ protected:
     // tool's command text can carry, or (bName) a file name too long for the names made from
     // it. False when it can be used.
     bool RefusePath(const std::string &path, bool bName);
+    // RefusePath for the file name of a finished film, which must also end in ".mp4": the film
+    // is an MP4 file whatever its name says.
+    bool RefuseFilmName(const std::string &name);
 
     // The loop endpoint of the tab's messages (posting to itself, pumping while it waits).
     engine::LoopEndpoint &Endpoint();

@@ -285,7 +285,7 @@ void CTarnwickTabMerge::OutputNameConfirmed(const std::string &text)
 {
     const std::string name = TrimText(text);
     if (!name.empty() && name != m_Data.output_name) {
-        if (RefusePath(name, true)) {
+        if (RefuseFilmName(name)) {
             ShowFields();
             return;
         }

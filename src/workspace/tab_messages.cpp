@@ -94,6 +94,11 @@ void CTarnwickTab::OnJobMessage(const JobMessage &msg)
         m_report.nResult = static_cast<int>(msg.lParam);
         m_report.bFinished = true;
         m_report.bDefaultScene = m_bDefaultSceneMade;
+        // The engine's reason names the file and gives the tool's words, where the state's
+        // text has only an exit code.
+        if (const std::string reason = m_Process.FailureReason(); !reason.empty()) {
+            m_report.failure = reason;
+        }
         if (nJob == engine::kJobSceneExtract || nJob == engine::kJobExtractAndOutput) {
             m_report.nFramesScanned = m_Process.nScanFrames;
             m_report.bPictureTooSmall = m_Process.bScanTooSmall;

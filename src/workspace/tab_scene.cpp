@@ -9,11 +9,14 @@
 #include <filesystem>
 
 #include "core/app_log.h"
+#include "core/helpers.h"
 #include "core/language.h"
 #include "core/paths.h"
 #include "core/project_names.h"
+#include "core/source_stamp.h"
 #include "engine/encoder_presets.h"
 #include "engine/input_analysis.h"
+#include "engine/scan_command.h"
 #include "workspace/scene_defaults.h"
 #include "workspace/tab_controls.h"
 #include "workspace/tab_files.h"
@@ -100,6 +103,10 @@ int CTarnwickTabScene::OpenVideo(const std::string &given)
         ReportProblem(kIdsNotAVideo, path);
         return r;
     }
+    if (m_Process.bOpenForExtraction && RefuseTooSmallToScan(path, probe.width, probe.height)) {
+        ShowFields();
+        return -1;
+    }
     // The folder that will hold segments and working files must be possible before anything
     // of the workspace changes.
     const std::string folder =
@@ -126,11 +133,37 @@ int CTarnwickTabScene::OpenVideo(const std::string &given)
     m_Data.capWatermark = watermark;
     m_Data.capTitle = title;
     core::DeriveProjectNames(m_Data, path);
+    {
+        // The analysis starts from the facts just read: a project saved before it ends knows the
+        // video's rate and length already.
+        std::lock_guard<std::mutex> lock(m_Data.sceneLock.m);
+        m_Data.viInput = probe;
+    }
     ShowFields();
     SaveProject(false);
     r = AnalyzeInput(false);
     m_view.SetBusyCursor(false);
     return r;
+}
+
+int CTarnwickTabScene::OpenVideoToExtract(const std::string &given)
+{
+    m_Process.bOpenForExtraction = true;
+    const int r = OpenVideo(given);
+    m_Process.bOpenForExtraction = false;
+    return r;
+}
+
+bool CTarnwickTabScene::RefuseTooSmallToScan(const std::string &file, int width, int height)
+{
+    if (width <= 0 || height <= 0 || !engine::ScanPictureTooSmall(width, height)) {
+        return false; // an unknown size is the scan's to find
+    }
+    m_analysis.bPictureTooSmall = true;
+    m_analysis.nWidth = width;
+    m_analysis.nHeight = height;
+    ReportProblem(kIdsPictureTooSmall, file, core::StrPrintf("%dx%d", width, height));
+    return true;
 }
 
 int CTarnwickTabScene::AnalyzeInput(bool bProjectLoad)
@@ -140,7 +173,7 @@ int CTarnwickTabScene::AnalyzeInput(bool bProjectLoad)
     m_report.nJob = engine::kJobInputAnalysis;
     m_analysis = AnalysisReport{};
     const std::string working = engine::WorkingFilePath(m_Data);
-    const bool bWorkingThere = Exists(working);
+    const bool bWorkingThere = core::MadeFromSource(working, m_Data.input_file);
     const int r = m_Process.AnalyzeInputFile(bProjectLoad, m_Data.SelectedRow());
     m_report.bFinished = true;
     m_report.nResult = r;
@@ -219,7 +252,9 @@ int CTarnwickTabScene::LoadProjectInto(const std::string &path)
 
 int CTarnwickTabScene::OpenProject(const std::string &given, bool bForce)
 {
-    const std::string path = given; // a copy: the caller may pass a field that is cleared here
+    // A copy (the caller may pass a field that is cleared here), through its symbolic links: the
+    // project is read, saved and locked where it really is.
+    const std::string path = core::RealPath(given);
     if (path == m_Data.project_file && m_Data.bAutoSave != 0 && !bForce) {
         return 0;
     }
@@ -244,7 +279,7 @@ int CTarnwickTabScene::OpenProject(const std::string &given, bool bForce)
 
 int CTarnwickTabScene::OpenProjectList(const std::string &given)
 {
-    const std::string path = given;
+    const std::string path = core::RealPath(given);
     m_analysis = AnalysisReport{};
     if (LoadProjectInto(path) != 0) {
         return -1;
@@ -280,7 +315,7 @@ bool CTarnwickTabScene::SaveProjectAs(const std::string &path)
 {
     const std::string previous = m_Data.project_file;
     m_saveError.clear();
-    if (!m_Data.SaveProjectFile(path, &m_saveError)) {
+    if (!m_Data.SaveProjectFile(core::RealPath(path), &m_saveError)) {
         m_Data.project_file = previous;
         m_view.ShowError(core::LoadStringById(3075));
         return false;

@@ -31,8 +31,10 @@ inline constexpr int kIdsFolderDropped = 3202;
 inline constexpr int kIdsProjectUnreadable = 3203;
 inline constexpr int kIdsProjectInputGone = 3204;
 inline constexpr int kIdsFolderNotMade = 3205;
-inline constexpr int kIdsPathUnusable = 3206; // a character no tool's command text can carry
-inline constexpr int kIdsNameTooLong = 3207;  // no room for the names made from it
+inline constexpr int kIdsPathUnusable = 3206;    // a character no tool's command text can carry
+inline constexpr int kIdsNameTooLong = 3207;     // no room for the names made from it
+inline constexpr int kIdsPictureTooSmall = 3340; // no pixel left to compare at the scan's size
+inline constexpr int kIdsFilmNotMp4 = 3380;      // a film's name that does not end in ".mp4"
 
 // The video file chooser's filter and the finished film's.
 extern const char *const kVideoFilter;
@@ -60,6 +62,11 @@ public:
     // ---- Files and projects ----
     // 0 on success; -1 when the file does not exist; else the failing step's result.
     int OpenVideo(const std::string &given);
+    // OpenVideo for a scene extraction that follows at once (the command line's scan, extract
+    // and run): the analysis cuts no scene, since the extraction empties the list, and a
+    // picture too small to scan is refused before anything changes (message 3340, -1, and
+    // LastAnalysis().bPictureTooSmall).
+    int OpenVideoToExtract(const std::string &given);
     // 0 on success; -1 when the file does not exist or cannot be read; else the analysis' result.
     int OpenProject(const std::string &given, bool bForce);
     // Opens the project file for its list alone, without its video: list, captions and fields
@@ -150,6 +157,10 @@ public:
     // a caption, the title...; see SceneEdit), then the list shown again. Empty, or why the
     // edit cannot be made, with the project unchanged then. Not while a job runs.
     std::string ApplyEdit(const SceneEdit &edit);
+    // Edits in the order given, all or none: each is checked and made on a copy of the list,
+    // and only when all can be made does the project take them; the segments they made stale
+    // are deleted last. Empty, or why the first that cannot be made cannot.
+    std::string ApplyEdits(const std::vector<SceneEdit> &edits);
 
     // ---- Captions ----
     void NextCaptionTarget();
@@ -175,7 +186,9 @@ protected:
     ControlStates ComputeControls(bool bEnable) const override;
     void OnScenesChanged(const engine::JobMessage &msg) override;
     void OnRenderJobStart() override { SaveProject(false); }
-    void OnRenderJobEnd() override { SaveProject(false); }
+    // Saves the project; an extraction that ended before it found a scene leaves the default
+    // scene first, as a scan without motion does.
+    void OnRenderJobEnd() override;
     void RefreshInputSummary() override;
     int SceneOffset() const override;
 
@@ -186,8 +199,11 @@ private:
     // After a caption command that changed something.
     void CaptionChanged();
     void EnqueueCurrentCheck();
-    // Extraction (1053) or extraction and output (1057) on an emptied list.
+    // Extraction (1053) or extraction and output (1057) on an emptied list; refused, with the
+    // list as it was, for a picture too small to scan.
     void StartExtraction(int nJob);
+    // Shows message 3340 for file when a width x height picture is too small to scan; true then.
+    bool RefuseTooSmallToScan(const std::string &file, int width, int height);
     void DeleteFiles(const std::vector<std::string> &files);
     // Runs the input analysis and what follows it for OpenVideo and OpenProject.
     int AnalyzeInput(bool bProjectLoad);

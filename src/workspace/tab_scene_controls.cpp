@@ -89,7 +89,7 @@ int CTarnwickTabScene::ChangeOutputNames(const std::string &folderText, const st
     if (folder == m_Data.output_folder && name == m_Data.output_name) {
         return 0;
     }
-    if (name != m_Data.output_name && RefusePath(name, true)) {
+    if (name != m_Data.output_name && RefuseFilmName(name)) {
         ShowFields();
         return -1;
     }
@@ -110,7 +110,7 @@ void CTarnwickTabScene::OutputNameConfirmed(const std::string &text)
     if (name.empty() || name == m_Data.output_name) {
         return;
     }
-    if (RefusePath(name, true)) {
+    if (RefuseFilmName(name)) {
         ShowFields();
         return;
     }
@@ -173,6 +173,21 @@ void CTarnwickTabScene::ExtractAndOutput()
 void CTarnwickTabScene::StartExtraction(int nJob)
 {
     StopProcess();
+    core::VideoInfo input;
+    {
+        std::lock_guard<std::mutex> lock(m_Data.sceneLock.m);
+        input = m_Data.viInput;
+    }
+    if (RefuseTooSmallToScan(m_Data.input_file, input.width, input.height)) {
+        // Nothing of the list goes: the scan could not replace it.
+        m_report = JobReport{};
+        m_report.nJob = nJob;
+        m_report.bFinished = true;
+        m_report.nResult = engine::kJobCannotStart;
+        m_report.bPictureTooSmall = true;
+        UpdateControls(true);
+        return;
+    }
     m_bListEvents = 0;
     {
         std::lock_guard<std::mutex> lock(m_Data.sceneLock.m);

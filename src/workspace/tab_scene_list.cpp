@@ -49,10 +49,12 @@ void CTarnwickTabScene::OnInputAnalysed(bool bKeepSelection)
 {
     // Analysis thread: the list is made to fit here, the screen follows on the loop's thread.
     if (bKeepSelection) {
+        // A project keeps its scenes whatever row it names: only an empty list gets the default
+        // scene (a project saved while a job ran may name no row).
         bool empty = false;
         {
             std::lock_guard<std::mutex> lock(m_Data.sceneLock.m);
-            empty = m_Data.list_idx < 0;
+            empty = m_Data.diff_list.empty();
         }
         if (empty) {
             workspace::MakeDefaultScene(m_Data);
@@ -93,6 +95,31 @@ void CTarnwickTabScene::OnScenesChanged(const engine::JobMessage &)
     m_bListEvents = 1;
     m_captions.LoadCaptionFields(m_Data);
     ShowFields();
+    // The file follows the list as it grows (a scan, a recut): a job killed later leaves the
+    // scenes found so far.
+    SaveProject(false);
+}
+
+void CTarnwickTabScene::OnRenderJobEnd()
+{
+    const int nJob = m_report.nJob;
+    bool empty = false;
+    {
+        std::lock_guard<std::mutex> lock(m_Data.sceneLock.m);
+        empty = m_Data.diff_list.empty();
+    }
+    if (empty && (nJob == engine::kJobSceneExtract || nJob == engine::kJobExtractAndOutput)) {
+        // Stopped before the scan began: the list the extraction emptied gets the default scene.
+        MakeDefaultScene();
+        m_report.bDefaultScene = RowCount() > 0;
+        m_bListEvents = 0;
+        FillList(m_Data.SelectedRow());
+        RefreshInputSummary();
+        m_bListEvents = 1;
+        m_captions.LoadCaptionFields(m_Data);
+        ShowFields();
+    }
+    SaveProject(false);
 }
 
 void CTarnwickTabScene::DeleteFiles(const std::vector<std::string> &files)
@@ -226,11 +253,16 @@ void CTarnwickTabScene::SplitRow()
 
 std::string CTarnwickTabScene::ApplyEdit(const SceneEdit &edit)
 {
+    return ApplyEdits({edit});
+}
+
+std::string CTarnwickTabScene::ApplyEdits(const std::vector<SceneEdit> &edits)
+{
     if (IsJobRunning()) {
         return "the list cannot change while a job runs";
     }
     m_bListEvents = 0;
-    std::string problem = ApplySceneEdit(m_Data, edit);
+    std::string problem = ApplySceneEdits(m_Data, edits);
     if (problem.empty()) {
         m_captions.LoadCaptionFields(m_Data);
         FillList(m_Data.SelectedRow());

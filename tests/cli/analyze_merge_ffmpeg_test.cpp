@@ -1,7 +1,9 @@
 // Tests of analyze and merge on the command line with the real tools: a progressive MP4 used
 // as it is, an interlaced clip and a .mov converted, a variable-rate clip read frame by frame,
 // a stopped conversion, the recordings of the footage folder scanning as their conversions do,
-// and three files of other sizes, rates and sound joined into one film.
+// three files of other sizes, rates and sound joined into one film, cross-faded films of the
+// planned length, short first scenes refused, and merges stopped while the files are read.
+#include <cmath>
 #include <csignal>
 #include <filesystem>
 #include <string>
@@ -9,7 +11,10 @@
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
+#include <sys/stat.h>
 
+#include "core/helpers.h"
+#include "core/tarnwick_data.h"
 #include "support/cli_signal.h"
 #include "support/test_support.h"
 
@@ -351,6 +356,159 @@ TEST(CliMerge, SizeOutsideTheTableIsRefusedWithTheChoices)
               "1920x1080, 1280x720, 854x480, 720x576, 720x480, 352x288 is wanted\n"
               "Usage: tarnwickmp4-cli merge --size WxH --rate N/D [--transition] "
               "[--output-folder DIR] -o NAME [--json] FILE...\n");
+}
+
+// 15 s of 320x240 at 25 fps with a tone: a light box moves in seconds 2-4, 6.5-8.5 and 11-13.
+std::string MakeThreeMotions(const TempDir &dir)
+{
+    const std::string clip = dir.file("m3.mp4");
+    EXPECT_EQ(testsupport::RunProgram(
+                  {"ffmpeg",
+                   "-v",
+                   "error",
+                   "-y",
+                   "-f",
+                   "lavfi",
+                   "-i",
+                   "color=c=0x404040:s=320x240:r=25:d=15[bg];color=c=0xA0A0A0:s=64x64:r=25:d=15"
+                   "[box];[bg][box]overlay=x='100*(clip(t,2,4)-2)-100*(clip(t,6.5,8.5)-6.5)+"
+                   "100*(clip(t,11,13)-11)':y=88:eval=frame",
+                   "-f",
+                   "lavfi",
+                   "-i",
+                   "sine=frequency=440:duration=15",
+                   "-c:v",
+                   "libx264",
+                   "-pix_fmt",
+                   "yuv420p",
+                   "-c:a",
+                   "aac",
+                   "-shortest",
+                   clip})
+                  .exitCode,
+              0);
+    return clip;
+}
+
+// The frames a cross-faded film of the project's ticked scenes is planned to hold at 25 fps
+// with fades of 12 frames (0.48 s), counted here independently of the program.
+int PlannedFadedFrames(const core::CTarnwickData &project)
+{
+    int frames = 0;
+    int scenes = 0;
+    for (const core::SceneEntry &scene : project.diff_list) {
+        if (scene.bEnable) {
+            frames += scene.framNo_second - scene.framNo_first + 1;
+            ++scenes;
+        }
+    }
+    return scenes < 2 ? frames : frames - (scenes - 1) * 12;
+}
+
+TEST(CliRun, CrossFadedFilmHoldsThePlannedFramesWithSoundToTheEnd)
+{
+    TempDir dir;
+    const std::string clip = MakeThreeMotions(dir);
+    testsupport::RunResult r = RunCli({"run", clip, "--transition"});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    core::CTarnwickData project;
+    ASSERT_TRUE(project.LoadProjectFile(clip + ".twproj"));
+    ASSERT_EQ(project.diff_list.size(), 3u);
+    const int frames = PlannedFadedFrames(project);
+    const std::string film = clip + "_out/m3_trim.mp4";
+    EXPECT_EQ(testsupport::DecodedFrames(film), frames);
+    EXPECT_NEAR(testsupport::StreamSeconds(film, "v"), frames / 25.0, 0.001);
+    EXPECT_NEAR(testsupport::StreamSeconds(film, "a"), frames / 25.0, 1 / 25.0);
+    // Two scenes of the three: one join.
+    project.diff_list[1].bEnable = false;
+    ASSERT_TRUE(project.SaveProjectFile(clip + ".twproj"));
+    r = RunCli({"render", clip + ".twproj"});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    EXPECT_EQ(testsupport::DecodedFrames(film), PlannedFadedFrames(project));
+    EXPECT_NEAR(testsupport::StreamSeconds(film, "a"), PlannedFadedFrames(project) / 25.0, 0.04);
+}
+
+// A scene shorter than the cross-fade is refused before the merge, with its number, whether it
+// comes first or later.
+TEST(CliRender, SceneShorterThanTheCrossFadeIsNamedInAnyPlace)
+{
+    TempDir dir;
+    const std::string clip = MakeThreeMotions(dir);
+    ASSERT_EQ(RunCli({"run", clip, "--transition"}).exitCode, 0);
+    const std::string film = clip + "_out/m3_trim.mp4";
+    fs::remove(film);
+    for (const size_t place : {0u, 1u, 2u}) {
+        core::CTarnwickData project;
+        ASSERT_TRUE(project.LoadProjectFile(clip + ".twproj"));
+        core::SceneEntry &scene = project.diff_list[place];
+        const int first = scene.framNo_first;
+        const int last = scene.framNo_second;
+        scene.framNo_second = first + 5; // 6 frames, 0.24 s
+        ASSERT_TRUE(project.SaveProjectFile(clip + ".twproj"));
+        testsupport::RunResult r = RunCli({"render", clip + ".twproj"});
+        EXPECT_NE(r.exitCode, 0) << place;
+        EXPECT_NE(r.err.find(core::StrPrintf(
+                      "scene %zu lasts 0.24 s, less than the cross-fade of 0.48 s", place + 1)),
+                  std::string::npos)
+            << r.err;
+        EXPECT_FALSE(fs::exists(film)) << place;
+        project.diff_list[place].framNo_second = last;
+        ASSERT_TRUE(project.SaveProjectFile(clip + ".twproj"));
+    }
+}
+
+// A merge stopped while it reads its files ends as stopped (130) at every moment, and names no
+// file as unreadable: while a file is probed as it is added (a pipe that nobody writes keeps the
+// probe waiting), while the frames of a file are counted as it is added and again in the
+// analysis, and while the analysis converts it to a working MP4.
+TEST(CliMerge, StopWhileTheFilesAreReadEndsWith130AndBlamesNoFile)
+{
+    TempDir dir;
+    const std::string part = dir.file("part.mkv");
+    ASSERT_TRUE(testsupport::MakeClip(part, "testsrc2=size=320x240:rate=25:duration=10"));
+    // Matroska holds no frame count: the file is counted by decoding, which takes a while.
+    const std::string source = dir.file("long.mkv");
+    ASSERT_TRUE(testsupport::LoopClip(source, part, 30));
+    const std::string pipe = dir.file("pipe.mp4");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    const std::string folder = dir.file("out");
+    for (int moment = 0; moment < 4; ++moment) {
+        fs::remove_all(folder);
+        int counts = 0;
+        bool counting = false;
+        testsupport::SignalledRun run = testsupport::SignalCliWhenReady(
+            {"merge",
+             "--size",
+             "352x288",
+             "--rate",
+             "24",
+             "-o",
+             "all.mp4",
+             "--output-folder",
+             folder,
+             moment == 0 ? pipe : source},
+            SIGINT,
+            [&] {
+                if (moment == 0) {
+                    return testsupport::CountProcessesWith(pipe) > 1; // the command and ffprobe
+                }
+                if (moment == 3) {
+                    return !testsupport::FilesMatching(folder, "partial").empty();
+                }
+                // The counting tool reads the source scaled: first for the drop, then for the
+                // analysis.
+                const bool now = testsupport::CountProcessesWith(source + " -vf") > 0;
+                counts += now && !counting ? 1 : 0;
+                counting = now;
+                return now && counts == moment;
+            });
+        ASSERT_FALSE(run.endedEarly) << moment;
+        EXPECT_EQ(run.exitCode, 130) << moment << run.err;
+        EXPECT_EQ(run.err.find("could not be read"), std::string::npos) << moment << run.err;
+        EXPECT_NE(run.err.find("stopped"), std::string::npos) << moment << run.err;
+        EXPECT_EQ(testsupport::CountProcessesWith(source), 0);
+        EXPECT_EQ(testsupport::CountProcessesWith(pipe), 0);
+    }
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 // Tests of scenes and edit on the command line: the list as the tab shows it, a round trip
-// without change, a scene left out and another split before a render, and edits that name a
-// scene that does not exist.
+// without change, a scene left out and another split before a render, edits that name a scene
+// that does not exist, splits exactly where asked, and refused edits that delete nothing.
 #include <filesystem>
 #include <string>
 
@@ -145,6 +145,71 @@ TEST(CliEdit, SplitOfASceneTooShortForTwoPartsIsRefusedAndSavesNothing)
     EXPECT_NE(edit.err.find("too few to split: each part needs at least 25"), std::string::npos)
         << edit.err;
     EXPECT_EQ(testsupport::ReadFile(project), before);
+}
+
+} // namespace
+
+namespace {
+
+TEST(CliEdit, RefusedEditDeletesNoSegmentOfAnEarlierEdit)
+{
+    TempDir dir;
+    const std::string clip = testsupport::MakeThreeSceneClip(dir);
+    ASSERT_EQ(RunCli({"extract", clip}).exitCode, 0);
+    const std::string project = clip + ".twproj";
+    nlohmann::json list = Scenes(project);
+    ASSERT_EQ(list["scenes"].size(), 3u) << list.dump();
+    const int first = list["scenes"][0]["first"];
+    const int last = list["scenes"][0]["last"];
+    const int at = (first + last + 1) / 2; // the middle, where a split of 50 frames can begin
+    const std::string before = testsupport::ReadFile(project);
+    testsupport::RunResult r =
+        RunCli({"edit", project, "--split", "1", std::to_string(at), "--delete", "9"});
+    EXPECT_EQ(r.exitCode, 2);
+    EXPECT_NE(r.err.find("nothing was saved"), std::string::npos) << r.err;
+    EXPECT_EQ(testsupport::ReadFile(project), before);
+    for (const nlohmann::json &scene : list["scenes"]) {
+        EXPECT_TRUE(fs::is_regular_file(scene["segment"].get<std::string>())) << scene.dump();
+    }
+}
+
+TEST(CliEdit, SplitBeginsTheLaterPartExactlyAtTheFrameGiven)
+{
+    TempDir dir;
+    const std::string clip = dir.file("motion.mp4");
+    ASSERT_TRUE(testsupport::MakeClip(clip, kLongerMotion));
+    ASSERT_EQ(RunCli({"extract", clip}).exitCode, 0);
+    const std::string project = clip + ".twproj";
+    const std::string original = testsupport::ReadFile(project);
+    nlohmann::json list = Scenes(project);
+    const int first = list["scenes"][0]["first"];
+    const int last = list["scenes"][0]["last"];
+    ASSERT_GE(last - first + 1, 52) << "each part keeps 25 frames, with room to choose";
+    // The ends of what can be honoured and a frame in between.
+    for (int at : {first + 25, first + 26, last - 24}) {
+        SCOPED_TRACE(at);
+        ASSERT_TRUE(testsupport::WriteFile(project, original));
+        testsupport::RunResult r = RunCli({"edit", project, "--split", "1", std::to_string(at)});
+        ASSERT_EQ(r.exitCode, 0) << r.err;
+        list = Scenes(project);
+        EXPECT_EQ(list["scenes"][0]["first"], first);
+        EXPECT_EQ(list["scenes"][0]["last"], at - 1);
+        EXPECT_EQ(list["scenes"][1]["first"], at);
+        EXPECT_EQ(list["scenes"][1]["last"], last);
+    }
+    // Outside that range nothing moves, and the message names the range.
+    const std::string range = "must begin at frame " + std::to_string(first + 25) + " to " +
+                              std::to_string(last - 24) +
+                              ", so that each part keeps at least "
+                              "25 frames; nothing was saved";
+    for (int at : {first, first + 1, first + 24, last - 23, last, last + 1}) {
+        SCOPED_TRACE(at);
+        ASSERT_TRUE(testsupport::WriteFile(project, original));
+        testsupport::RunResult r = RunCli({"edit", project, "--split", "1", std::to_string(at)});
+        EXPECT_EQ(r.exitCode, 2);
+        EXPECT_NE(r.err.find(range), std::string::npos) << r.err;
+        EXPECT_EQ(testsupport::ReadFile(project), original);
+    }
 }
 
 } // namespace

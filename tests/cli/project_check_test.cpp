@@ -40,7 +40,10 @@ std::string WriteGoodProject(const TempDir &dir, const std::string &name)
     data.threshold.dValue = 120;
     data.valid_min_unit.dValue = 2.5;
     for (int i = 0; i < 12; ++i) {
-        SceneEntry scene(i * 10, i * 10 + 9, "/videos/trip.mov_out/trip_seg_" + std::to_string(i));
+        SceneEntry scene(i * 10,
+                         i * 10 + 9,
+                         "/videos/trip.mov_out/trip_seg_" + std::to_string(i * 10) + "_" +
+                             std::to_string(i * 10 + 9) + ".mp4");
         scene.SetCaption(0, 1.5, "シーン" + std::to_string(i) + " 猫が通る");
         data.diff_list.push_back(scene);
     }
@@ -346,6 +349,25 @@ TEST(ProjectCheck, NegativeAndReversedFramesWarn)
                   "has no frames",
                   "diff_list[3].framNo_second (scene 4): 50 is at or beyond frame_num 50; the "
                   "last frame is 49"}));
+}
+
+TEST(ProjectCheck, RowOutsideTheListAndSegmentOfOtherFramesWarn)
+{
+    // What a job killed while no row was current left, and a split whose later part kept the
+    // old segment's name.
+    TempDir dir;
+    std::string path = dir.file("row.twproj");
+    ASSERT_TRUE(WriteFile(path, R"({"input_file": "/v/m3.mp4", "fps": 25, "frame_num": 375,
+        "list_idx": -1, "diff_list": [{"framNo_first": 50, "framNo_second": 74,
+        "fileName": "/v/m3_out/m3_seg_50_74.mp4"}, {"framNo_first": 75, "framNo_second": 101,
+        "fileName": "/v/m3_out/m3_seg_50_101.mp4"}]})"));
+    EXPECT_EQ(ExpectWarningLines(Check(path), path),
+              (std::vector<std::string>{
+                  "diff_list[1].fileName (scene 2): m3_seg_50_101.mp4 is not named after the "
+                  "scene's frames 75 to 101 (it should end in _75_101.mp4); the next render cuts "
+                  "the scene again",
+                  "list_idx: -1 is outside the list of 2 scenes (0 to 1); the list is kept and "
+                  "scene 1 becomes the current one"}));
 }
 
 TEST(ProjectCheck, RateZeroWarns)

@@ -50,7 +50,10 @@ std::string RichSeed(const TempDir &dir)
     data.list_idx = 2;
     data.threshold.dValue = 120;
     for (int i = 0; i < 6; ++i) {
-        SceneEntry scene(i * 50, i * 50 + 29, "/videos/trip.mov_out/trip_seg_" + std::to_string(i));
+        SceneEntry scene(i * 50,
+                         i * 50 + 29,
+                         "/videos/trip.mov_out/trip_seg_" + std::to_string(i * 50) + "_" +
+                             std::to_string(i * 50 + 29) + ".mp4");
         scene.SetCaption(0, 1.5, "シーン" + std::to_string(i));
         data.diff_list.push_back(scene);
     }

@@ -1,5 +1,6 @@
 // Tests of "tarnwickmp4-cli render" and "run": the finished film of a generated clip and of a
 // real recording, the reuse of segments, the progress lines, bad projects and a stop.
+#include <algorithm>
 #include <csignal>
 #include <filesystem>
 #include <string>
@@ -7,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include "core/helpers.h"
 #include "core/tarnwick_data.h"
 #include "support/cli_signal.h"
 #include "support/motion_clips.h"
@@ -157,6 +159,69 @@ TEST(CliRender, OutputFolderThatCannotBeWrittenFailsWithItsReason)
     EXPECT_EQ(r.err,
               "tarnwickmp4-cli render: cannot create the output folder " + dir.file("plain/sub") +
                   ": Not a directory\n");
+}
+
+TEST(CliRender, FailuresOfRenderAndSegmentsNameTheFileTheFolderAndTheToolsReason)
+{
+    TempDir dir;
+    std::string clip = MakeMotionClip(dir);
+    ASSERT_EQ(RunCli({"run", clip}).exitCode, 0);
+    const std::string folder = clip + "_out/";
+    const std::string film = folder + "motion_trim.mp4";
+    const std::string before = testsupport::ReadFile(film);
+    // The film's partial name is a folder that holds a file: the final encode cannot write.
+    fs::create_directories(folder + "motion_trim.partial.mp4/kept");
+    RunResult r = RunCli({"render", clip + ".twproj", "--title", "Other"});
+    EXPECT_EQ(r.exitCode, 1);
+    EXPECT_NE(r.err.find("tarnwickmp4-cli render: " + clip +
+                         ".twproj: the render failed: the film motion_trim.mp4 could not be "
+                         "written to " +
+                         folder + ": ffmpeg: " + folder +
+                         "motion_trim.partial.mp4: Is a directory\n"),
+              std::string::npos)
+        << r.err;
+    EXPECT_TRUE(testsupport::ReadFile(film) == before) << "the previous film stays";
+    fs::remove_all(folder + "motion_trim.partial.mp4");
+    // A segment that cannot be written names its scene.
+    core::CTarnwickData project;
+    ASSERT_TRUE(project.LoadProjectFile(clip + ".twproj"));
+    const std::string segment = project.diff_list[0].fileName;
+    const std::string partial = segment.substr(0, segment.size() - 4) + ".partial.mp4";
+    fs::remove(segment);
+    fs::create_directories(partial + "/kept");
+    r = RunCli({"segments", clip + ".twproj"});
+    EXPECT_EQ(r.exitCode, 1);
+    EXPECT_NE(r.err.find(": the cut failed: the segment of scene 1, " +
+                         fs::path(segment).filename().string() + " could not be written to " +
+                         folder + ": ffmpeg: " + partial + ": Is a directory\n"),
+              std::string::npos)
+        << r.err;
+    fs::remove_all(partial);
+    // A scene whose frames are reversed is named, by render and segments alike.
+    project.diff_list[0].framNo_second = project.diff_list[0].framNo_first - 10;
+    ASSERT_TRUE(project.SaveProjectFile(clip + ".twproj"));
+    const std::string reversed = core::StrPrintf(
+        "scene 1 ends at frame %d, before it begins at frame %d: correct or delete it\n",
+        project.diff_list[0].framNo_second,
+        project.diff_list[0].framNo_first);
+    r = RunCli({"render", clip + ".twproj"});
+    EXPECT_EQ(r.exitCode, 1);
+    EXPECT_NE(r.err.find(": the render failed: " + reversed), std::string::npos) << r.err;
+    r = RunCli({"segments", clip + ".twproj"});
+    EXPECT_EQ(r.exitCode, 1);
+    EXPECT_NE(r.err.find(": the cut failed: " + reversed), std::string::npos) << r.err;
+}
+
+TEST(CliRender, CaptionWithALineBreakStaysOnItsSceneRow)
+{
+    TempDir dir;
+    std::string clip = MakeMotionClip(dir);
+    ASSERT_EQ(RunCli({"extract", clip}).exitCode, 0);
+    ASSERT_EQ(RunCli({"edit", clip + ".twproj", "--caption", "1", "Fox\nat dusk"}).exitCode, 0);
+    RunResult r = RunCli({"scenes", clip + ".twproj"});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    EXPECT_NE(r.out.find("  Fox / at dusk\n"), std::string::npos) << r.out;
+    EXPECT_EQ(std::count(r.out.begin(), r.out.end(), '\n'), 3) << r.out; // heading, 2 rows
 }
 
 TEST(CliRender, BadArgumentsAndNamesAreRefused)

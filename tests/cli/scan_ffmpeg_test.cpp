@@ -4,11 +4,13 @@
 #include <csignal>
 #include <filesystem>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include "core/helpers.h"
 #include "core/project_names.h"
 #include "core/tarnwick_data.h"
 #include "engine/headless_host.h"
@@ -257,6 +259,33 @@ TEST(CliScan, RefusedVideoLeavesNoOutputFolderBehind)
     EXPECT_EQ(RunCli({"extract", sound, "--output-folder", dir.file("kept/x")}).exitCode, 2);
     EXPECT_TRUE(std::filesystem::is_directory(dir.file("kept")));
     EXPECT_FALSE(std::filesystem::exists(dir.file("kept/x")));
+}
+
+TEST(CliScan, PictureTooSmallToScanIsRefusedAlikeByScanExtractAndRun)
+{
+    for (const auto &[width, height] : {std::pair{2, 2}, std::pair{1, 1}}) {
+        TempDir dir;
+        const std::string clip = dir.file("tiny.avi");
+        ASSERT_TRUE(testsupport::MakeClip(
+            clip,
+            core::StrPrintf("testsrc2=s=64x64:r=25:d=1,scale=%d:%d,format=gray", width, height),
+            {"-c:v", "ffv1"}));
+        for (const std::string command : {"scan", "extract", "run"}) {
+            SCOPED_TRACE(command + " " + std::to_string(width));
+            testsupport::RunResult r = RunCli({command, clip});
+            EXPECT_EQ(r.exitCode, 2);
+            EXPECT_EQ(r.out, "");
+            EXPECT_EQ(r.err,
+                      core::StrPrintf("tarnwickmp4-cli %s: %s: the picture is too small to scan "
+                                      "(%dx%d)\n",
+                                      command.c_str(),
+                                      clip.c_str(),
+                                      width,
+                                      height));
+            // Nothing is left behind: no project, no output folder, no working file.
+            EXPECT_EQ(testsupport::FilesMatching(dir.path(), ""), std::vector<std::string>{clip});
+        }
+    }
 }
 
 TEST(CliScan, BadArgumentsAreNamedBeforeTheUsage)

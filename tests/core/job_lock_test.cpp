@@ -8,6 +8,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "core/paths.h"
 #include "support/test_support.h"
 
 namespace {
@@ -108,6 +109,37 @@ TEST(JobLock, LockHeldByAnotherProcessIsRefused)
     int status = 0;
     waitpid(child, &status, 0);
     EXPECT_TRUE(lock.TryAcquire(path, "this process", &problem)) << problem;
+}
+
+TEST(JobLock, ProjectReachedThroughALinkIsLockedWhereItIs)
+{
+    TempDir dir;
+    const std::string real = dir.file("clip.mp4.twproj");
+    ASSERT_TRUE(testsupport::WriteFile(real, "{}"));
+    std::filesystem::create_directory(dir.file("links"));
+    std::filesystem::create_symlink("../clip.mp4.twproj", dir.file("links/other.twproj"));
+
+    EXPECT_EQ(core::ProjectLockPath(dir.file("links/other.twproj")),
+              core::RealPath(real) + ".lock");
+    core::JobLock throughLink;
+    std::string problem;
+    ASSERT_TRUE(throughLink.TryAcquire(
+        core::ProjectLockPath(dir.file("links/other.twproj")), "edit other.twproj", &problem))
+        << problem;
+    core::JobLock direct;
+    EXPECT_FALSE(direct.TryAcquire(core::ProjectLockPath(real), "render clip.mp4", &problem));
+    EXPECT_EQ(problem,
+              "is in use by another job (process " + std::to_string(getpid()) +
+                  ": edit other.twproj)");
+}
+
+TEST(JobLock, FolderReachedThroughALinkIsLockedInsideTheRealFolder)
+{
+    TempDir dir;
+    std::filesystem::create_directory(dir.file("out"));
+    std::filesystem::create_directory_symlink("out", dir.file("link_out"));
+    EXPECT_EQ(core::FolderLockPath(dir.file("link_out") + "/"),
+              core::RealPath(dir.file("out")) + "/.tarnwickmp4.lock");
 }
 
 } // namespace

@@ -1,7 +1,11 @@
 // Tests of the project check: the values of a loaded project that cannot be right, the warning
-// list and the nesting count that runs before a project file is parsed.
+// list, the current row as saved and read, and the nesting count that runs before a project file
+// is parsed.
 #include <cmath>
+#include <cstdio>
+#include <fstream>
 #include <limits>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -89,6 +93,7 @@ TEST(ProjectDataCheck, UnknownFrameCountBoundsNoFrame)
     CTarnwickData data = GoodData();
     data.viInput.frame_num = 0;
     data.diff_list[1].framNo_second = 5000000;
+    data.diff_list[1].fileName = "/videos/a.mov_out/a_seg_60_5000000.mp4";
     EXPECT_EQ(Check(data), Lines{});
 }
 
@@ -258,3 +263,139 @@ TEST(JsonNestingDepth, StrayClosingBracketsDoNotGoBelowZero)
 }
 
 } // namespace
+
+namespace {
+
+Lines CheckRow(const CTarnwickData &data)
+{
+    ProjectWarnings warnings;
+    core::CheckCurrentRow(data, warnings);
+    return warnings.Lines();
+}
+
+// Writes data to a project file and reads the file back as JSON text.
+std::string SavedText(CTarnwickData &data, const std::string &name)
+{
+    const std::string path = ::testing::TempDir() + name;
+    EXPECT_TRUE(data.SaveProjectFile(path));
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream text;
+    text << in.rdbuf();
+    std::remove(path.c_str());
+    return text.str();
+}
+
+} // namespace
+
+TEST(ProjectDataCheck, SegmentNamedAfterOtherFramesIsNamed)
+{
+    CTarnwickData data = GoodData();
+    data.diff_list[1].framNo_first = 61; // moved without its segment following
+    data.diff_list[0].fileName = "/videos/a.mov_out/cut.mp4";
+    EXPECT_EQ(Check(data),
+              (Lines{"diff_list[0].fileName (scene 1): cut.mp4 is not named after the scene's "
+                     "frames 0 to 49 (it should end in _0_49.mp4); the next render cuts the "
+                     "scene again",
+                     "diff_list[1].fileName (scene 2): a_seg_60_99.mp4 is not named after the "
+                     "scene's frames 61 to 99 (it should end in _61_99.mp4); the next render "
+                     "cuts the scene again"}));
+}
+
+TEST(ProjectDataCheck, ReversedSceneIsNamedOnceNotAgainForItsSegment)
+{
+    CTarnwickData data = GoodData();
+    data.diff_list[1].framNo_first = 99;
+    data.diff_list[1].framNo_second = 60;
+    EXPECT_EQ(Check(data),
+              Lines{"diff_list[1] (scene 2): framNo_second 60 is before framNo_first 99; the "
+                    "scene has no frames"});
+}
+
+TEST(ProjectDataCheck, SceneWithoutASegmentNameIsNotNamed)
+{
+    CTarnwickData data = GoodData();
+    data.diff_list[0].fileName.clear();
+    EXPECT_EQ(Check(data), Lines{});
+}
+
+TEST(ProjectCurrentRow, RowOfTheListOrNoRowOfAnEmptyListIsRight)
+{
+    CTarnwickData data = GoodData();
+    data.list_idx = 1;
+    EXPECT_EQ(CheckRow(data), Lines{});
+    data.diff_list.clear();
+    data.list_idx = -1;
+    EXPECT_EQ(CheckRow(data), Lines{});
+}
+
+TEST(ProjectCurrentRow, RowBeforeOrPastTheListIsNamedWithTheSceneTaken)
+{
+    CTarnwickData data = GoodData();
+    data.list_idx = -1;
+    EXPECT_EQ(CheckRow(data),
+              Lines{"list_idx: -1 is outside the list of 2 scenes (0 to 1); the list is kept and "
+                    "scene 1 becomes the current one"});
+    data.list_idx = 2;
+    EXPECT_EQ(CheckRow(data),
+              Lines{"list_idx: 2 is outside the list of 2 scenes (0 to 1); the list is kept and "
+                    "scene 2 becomes the current one"});
+}
+
+TEST(ProjectCurrentRow, RowOfAnEmptyListIsNamed)
+{
+    CTarnwickData data;
+    data.list_idx = 0;
+    EXPECT_EQ(CheckRow(data),
+              Lines{"list_idx: 0 names a scene, but the list is empty; -1 is read"});
+}
+
+TEST(ProjectFileSave, NoCurrentRowIsSavedAsTheFirstRowOfTheList)
+{
+    // While a job runs no row is current; the file must still hold the list as it stands.
+    CTarnwickData data = GoodData();
+    data.list_idx = -1;
+    EXPECT_NE(SavedText(data, "row_none.twproj").find("\"list_idx\": 0,"), std::string::npos);
+    data.list_idx = 5;
+    EXPECT_NE(SavedText(data, "row_past.twproj").find("\"list_idx\": 1,"), std::string::npos);
+    data.list_idx = 1;
+    EXPECT_NE(SavedText(data, "row_kept.twproj").find("\"list_idx\": 1,"), std::string::npos);
+    EXPECT_EQ(data.list_idx, 1) << "saving changes nothing in memory";
+    CTarnwickData empty;
+    empty.list_idx = 3;
+    EXPECT_NE(SavedText(empty, "row_empty.twproj").find("\"list_idx\": -1,"), std::string::npos);
+}
+
+TEST(ProjectFileSave, NoCurrentRowSavedIsReadBackWithoutWarning)
+{
+    CTarnwickData data = GoodData();
+    data.list_idx = -1;
+    const std::string path = ::testing::TempDir() + "row_back.twproj";
+    ASSERT_TRUE(data.SaveProjectFile(path));
+    CTarnwickData read;
+    std::vector<std::string> warnings;
+    ASSERT_TRUE(read.LoadProjectFile(path, nullptr, &warnings));
+    std::remove(path.c_str());
+    EXPECT_EQ(read.list_idx, 0);
+    EXPECT_EQ(read.diff_list.size(), 2u);
+    EXPECT_EQ(warnings, Lines{});
+}
+
+TEST(ProjectFileLoad, RowInTheFileOutsideTheListIsWarnedAndAMissingRowIsNot)
+{
+    const std::string path = ::testing::TempDir() + "row_file.twproj";
+    const std::string scenes = R"("input_file": "/v/a.mov", "fps": 25, "frame_num": 100,
+        "diff_list": [{"framNo_first": 0, "framNo_second": 9}, {"framNo_first": 20,
+        "framNo_second": 29}])";
+    std::vector<std::string> warnings;
+    CTarnwickData read;
+    std::ofstream(path, std::ios::binary) << "{" << scenes << R"(, "list_idx": -1})";
+    ASSERT_TRUE(read.LoadProjectFile(path, nullptr, &warnings));
+    EXPECT_EQ(warnings,
+              Lines{"list_idx: -1 is outside the list of 2 scenes (0 to 1); the list is kept and "
+                    "scene 1 becomes the current one"});
+    std::ofstream(path, std::ios::binary) << "{" << scenes << "}";
+    CTarnwickData fresh;
+    ASSERT_TRUE(fresh.LoadProjectFile(path, nullptr, &warnings));
+    EXPECT_EQ(warnings, Lines{});
+    std::remove(path.c_str());
+}

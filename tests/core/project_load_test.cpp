@@ -70,7 +70,7 @@ std::string RefusedText(const std::string &text)
 TEST(ProjectLoad, ConsistentProjectHasNoWarnings)
 {
     EXPECT_EQ(LoadWarnings(Project(R"("diff_list": [{"framNo_first": 0, "framNo_second": 99,
-        "fileName": "/videos/a.mov_out/s.mp4"}])")),
+        "fileName": "/videos/a.mov_out/a_seg_0_99.mp4"}], "list_idx": 0)")),
               Lines{});
 }
 
@@ -220,7 +220,9 @@ TEST(ProjectLoad, IntegersThatDoNotComeThroughWholeAreNoted)
                      "height: 1000000000000.0 is not a 32-bit whole number; read as 2147483647",
                      "rotation: 4294967386 is not a 32-bit whole number; read as 90",
                      "start_frame: -2147483649 is not a 32-bit whole number; read as "
-                     "2147483647"}));
+                     "2147483647",
+                     "list_idx: 2 is outside the list of 1 scene (0 to 0); the list is kept and "
+                     "scene 1 becomes the current one"}));
 }
 
 TEST(ProjectLoad, ScenesAndCaptionsThatAreNotObjectsAreNoted)

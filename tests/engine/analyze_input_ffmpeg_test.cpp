@@ -1,13 +1,17 @@
 // Tests of the analysis of a newly opened input with the real tools: which inputs get a working
 // MP4, what the project holds afterwards, the stages it reports, and a second opening that
 // trusts the working file.
+#include <algorithm>
 #include <filesystem>
+#include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "core/project_names.h"
+#include "core/source_stamp.h"
 #include "engine/encoder_presets.h"
 #include "engine_fixture.h"
 
@@ -103,6 +107,114 @@ TEST(AnalyzeInputFile, UnreadableInputFailsWithoutChangingTheProject)
     EXPECT_FALSE(fs::exists(clip + "_out/broken_input_ch.mp4"));
     EXPECT_EQ(States(rig.Scene()).back(), "3:");
     EXPECT_EQ(rig.engine.nProcessID, 0);
+}
+
+// Opens clip with its working files in folder (shared by videos of the same name).
+int OpenInto(EngineRig &rig, const std::string &clip, const std::string &folder)
+{
+    rig.data.ResetProject(false);
+    rig.data.output_folder = folder + "/";
+    core::DeriveProjectNames(rig.data, clip);
+    return rig.engine.AnalyzeInputFile(false, -1);
+}
+
+bool Converted(EngineRig &rig)
+{
+    const Texts stages = Stages(rig.Scene());
+    return std::find(stages.begin(), stages.end(), "Change MP4") != stages.end();
+}
+
+TEST(AnalyzeInputFile, WorkingFileOfAnotherVideoOfTheSameNameIsMadeAnew)
+{
+    testsupport::TempDir dir;
+    fs::create_directories(dir.file("A"));
+    fs::create_directories(dir.file("B"));
+    const std::string a = dir.file("A/cam.mov");
+    const std::string b = dir.file("B/cam.mov");
+    ASSERT_TRUE(testsupport::MakeClip(a, "testsrc2=size=160x120:rate=25:duration=2"));
+    ASSERT_TRUE(testsupport::MakeClip(b, "testsrc2=size=160x120:rate=25:duration=3"));
+    const std::string folder = dir.file("out");
+    const std::string working = folder + "/cam_input_ch.mp4";
+    // Each order, and each again after the other: the file always holds the video opened.
+    for (const auto &[clip, frames] : {std::pair{a, 50}, std::pair{b, 75}, std::pair{a, 50}}) {
+        SCOPED_TRACE(clip);
+        EngineRig rig;
+        ASSERT_EQ(OpenInto(rig, clip, folder), 0);
+        EXPECT_TRUE(Converted(rig));
+        EXPECT_EQ(rig.data.input_mp4_file, working);
+        EXPECT_EQ(rig.data.viInput.frame_num, frames);
+        EXPECT_EQ(rig.data.pts_list.size(), static_cast<size_t>(frames) + 1);
+        EXPECT_TRUE(core::MadeFromSource(working, clip));
+    }
+    EngineRig again;
+    ASSERT_EQ(OpenInto(again, a, folder), 0);
+    EXPECT_FALSE(Converted(again)); // made from this very file: used again
+}
+
+TEST(AnalyzeInputFile, WorkingFileWithoutARecordOfItsSourceIsMadeAnew)
+{
+    testsupport::TempDir dir;
+    const std::string clip = dir.file("phone.mov");
+    ASSERT_TRUE(testsupport::MakeClip(clip, "testsrc2=size=160x120:rate=25:duration=2"));
+    {
+        EngineRig first;
+        ASSERT_EQ(Open(first, clip), 0);
+    }
+    const std::string working = clip + "_out/phone_input_ch.mp4";
+    ASSERT_TRUE(fs::exists(core::SourceStampPath(working)));
+    fs::remove(core::SourceStampPath(working)); // as one made before records were kept
+    EngineRig rig;
+    ASSERT_EQ(Open(rig, clip), 0);
+    EXPECT_TRUE(Converted(rig));
+    EXPECT_TRUE(core::MadeFromSource(working, clip));
+}
+
+TEST(AnalyzeInputFile, SourceChangedSinceItsWorkingFileWasMadeIsConvertedAgain)
+{
+    testsupport::TempDir dir;
+    const std::string clip = dir.file("phone.mov");
+    ASSERT_TRUE(testsupport::MakeClip(clip, "testsrc2=size=160x120:rate=25:duration=2"));
+    {
+        EngineRig first;
+        ASSERT_EQ(Open(first, clip), 0);
+    }
+    ASSERT_TRUE(testsupport::MakeClip(clip, "testsrc2=size=160x120:rate=25:duration=3"));
+    EngineRig rig;
+    ASSERT_EQ(Open(rig, clip), 0);
+    EXPECT_TRUE(Converted(rig));
+    EXPECT_EQ(rig.data.viInput.frame_num, 75);
+}
+
+// Opens clip again with the current scene in the list, as loading its project does.
+int OpenWithScene(EngineRig &rig, const std::string &clip, bool bForExtraction)
+{
+    rig.data.ResetProject(false);
+    core::DeriveProjectNames(rig.data, clip);
+    {
+        std::lock_guard<std::mutex> lock(rig.data.sceneLock.m);
+        rig.data.diff_list.emplace_back(0, 49, core::SegmentPath(rig.data, 0, 49));
+        rig.data.list_idx = 0;
+    }
+    rig.engine.bOpenForExtraction = bForExtraction;
+    const int r = rig.engine.AnalyzeInputFile(true, 0);
+    rig.engine.bOpenForExtraction = false;
+    return r;
+}
+
+TEST(AnalyzeInputFile, OpeningThatAnExtractionFollowsCutsNoScene)
+{
+    testsupport::TempDir dir;
+    const std::string clip = dir.file("garden.mp4");
+    ASSERT_TRUE(testsupport::MakeClip(clip, "testsrc2=size=160x120:rate=25:duration=2"));
+    {
+        EngineRig rig;
+        ASSERT_EQ(OpenWithScene(rig, clip, true), 0);
+        EXPECT_FALSE(fs::exists(rig.data.diff_list[0].fileName));
+        EXPECT_EQ(Stages(rig.Scene()), (Texts{"File Analysis", "Frame Rate Analysis"}));
+    }
+    EngineRig rig;
+    ASSERT_EQ(OpenWithScene(rig, clip, false), 0);
+    EXPECT_TRUE(fs::exists(rig.data.diff_list[0].fileName)); // a plain opening cuts it
 }
 
 } // namespace

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "core/project_names.h"
+#include "core/source_stamp.h"
 #include "engine/encoder_presets.h"
 #include "engine/input_analysis.h"
 #include "engine_fixture.h"
@@ -128,6 +129,60 @@ TEST(ConvertToMp4, StoppedConversionLeavesNoWorkingFile)
     EXPECT_FALSE(fs::exists(target));
     EXPECT_FALSE(fs::exists(core::PartialSegmentPath(target)));
     EXPECT_EQ(testsupport::CountProcessesWith(clip), 0);
+}
+
+TEST(ConvertToMp4, FinishedWorkingFileRecordsItsSource)
+{
+    testsupport::TempDir dir;
+    const std::string clip = dir.file("phone.mov");
+    const std::string other = dir.file("other.mov");
+    ASSERT_TRUE(testsupport::MakeClip(clip, "testsrc2=size=160x120:rate=25:duration=1"));
+    ASSERT_TRUE(testsupport::MakeClip(other, "testsrc2=size=160x120:rate=25:duration=1"));
+    EngineRig rig;
+    OpenForConversion(rig, clip, dir.file("out"));
+    const std::string target = engine::WorkingFilePath(rig.data);
+    ASSERT_EQ(Convert(rig, clip, target, false), 0);
+    EXPECT_TRUE(core::MadeFromSource(target, clip));
+    EXPECT_FALSE(core::MadeFromSource(target, other));
+    // The record names the real file: a link to it is the same source.
+    const std::string link = dir.file("link.mov");
+    fs::create_symlink(clip, link);
+    EXPECT_TRUE(core::MadeFromSource(target, link));
+}
+
+TEST(ConvertToMp4, StoppedConversionOverAnotherSourcesFileLeavesItUntrusted)
+{
+    testsupport::TempDir dir;
+    const std::string small = dir.file("small.mov");
+    ASSERT_TRUE(testsupport::MakeClip(small, "testsrc2=size=160x120:rate=25:duration=1"));
+    const std::string part = dir.file("part.mov");
+    ASSERT_TRUE(testsupport::MakeClip(part, "testsrc2=size=640x360:rate=25:duration=4"));
+    const std::string clip = dir.file("long.mov");
+    ASSERT_TRUE(testsupport::LoopClip(clip, part, 150));
+    EngineRig rig;
+    OpenForConversion(rig, clip, dir.file("out"));
+    const std::string target = engine::WorkingFilePath(rig.data);
+    ASSERT_EQ(Convert(rig, small, target, false), 0);
+    ASSERT_TRUE(core::MadeFromSource(target, small));
+    ASSERT_EQ(rig.engine.OpenVideoFile(clip), 0);
+    rig.Scene().ClearMessages();
+    int result = 99;
+    rig.engine.SetJobFunction(9011, 0, [&](int) {
+        result = rig.engine.ConvertToMp4(clip, target, false);
+        return result;
+    });
+    ASSERT_EQ(rig.engine.StartThread(9011), 1);
+    rig.host.Loop().RunUntil([&] {
+        return !rig.Scene().MessagesOf(AppMessage::WM_APP_PROGRESS).empty() ||
+               !rig.engine.bThreadRunning;
+    });
+    rig.engine.CancelProcess();
+    rig.WaitForJob();
+    EXPECT_EQ(result, -2);
+    // The file of the other source is still there, but no longer counts as any source's.
+    EXPECT_TRUE(fs::exists(target));
+    EXPECT_FALSE(core::MadeFromSource(target, small));
+    EXPECT_FALSE(core::MadeFromSource(target, clip));
 }
 
 } // namespace

@@ -67,7 +67,7 @@ TEST(Runner, PlaybackBeyondTheTotalHoldsTheLastFrame)
     EXPECT_TRUE(rig.Scene().PreviewRepaint());
 }
 
-TEST(Runner, PlaybackKeepsTheToolsTimeTextBeforeTheEnd)
+TEST(Runner, PlaybackTakesTheToolsTimeBeforeTheEndInTheFormOfCommandLines)
 {
     EngineRig rig;
     rig.data.viCurrent.fps = 25.0;
@@ -77,7 +77,7 @@ TEST(Runner, PlaybackKeepsTheToolsTimeTextBeforeTheEnd)
                                        "pts_time:0.52 pos: 1\\n");
     RunAsJob(rig, [&] { return rig.engine.ExecuteCmdWithProgress(true, command, 100, 0); });
     EXPECT_EQ(rig.engine.nPreviewFrame, 11);
-    EXPECT_EQ(rig.engine.strPreviewTime.get(), "0.52");
+    EXPECT_EQ(rig.engine.strPreviewTime.get(), "0.520000");
     EXPECT_EQ(Words(rig.Scene(), AppMessage::WM_APP_POSITION), (WordList{{10, 100}, {11, 100}}));
 }
 

@@ -133,6 +133,30 @@ TEST(PlaybackPositionOf, BeforeTheEndTheToolsTimeTextIsKept)
     EXPECT_EQ(pos.strPreviewTime, "2.000000");
 }
 
+TEST(PlaybackPositionOf, TimeTextHasOneFormBeforeAndAtTheEnd)
+{
+    EXPECT_EQ(PlaybackPositionOf(41, "1.64", 100, 25.0).strPreviewTime, "1.640000");
+    EXPECT_EQ(PlaybackPositionOf(99, "3.96", 100, 25.0).strPreviewTime, "3.960000");
+    // showinfo's "%.6g" of a long recording.
+    EXPECT_EQ(PlaybackPositionOf(25000000, "1e+06", 30000000, 25.0).strPreviewTime,
+              "1000000.000000");
+}
+
+TEST(PlaybackPositionOf, FramesBeforeTheStartAskedForStandAtTheStart)
+{
+    // Asked for 6 s, the player begins at the key frame of 4.2 s.
+    engine::PlaybackPosition pos = PlaybackPositionOf(105, "4.2", 300, 25.0, 150, "6");
+    EXPECT_EQ(pos.nPreviewFrame, 150);
+    EXPECT_EQ(pos.strPreviewTime, "6.000000");
+    // From 6.01 s the first frame is 151 (6.04 s): frame 150 begins before it.
+    pos = PlaybackPositionOf(150, "6", 300, 25.0, 151, "6.01");
+    EXPECT_EQ(pos.nPreviewFrame, 151);
+    EXPECT_EQ(pos.strPreviewTime, "6.010000");
+    pos = PlaybackPositionOf(151, "6.04", 300, 25.0, 150, "6");
+    EXPECT_EQ(pos.nPreviewFrame, 151);
+    EXPECT_EQ(pos.strPreviewTime, "6.040000");
+}
+
 TEST(PlaybackPositionOf, ZeroRateAtTheEndGivesZeroSeconds)
 {
     engine::PlaybackPosition pos = PlaybackPositionOf(120, "4.8", 100, 0.0);

@@ -172,25 +172,29 @@ TEST(CaptionTextTest, SampleAspectRatioWidensPlayResX)
     EXPECT_EQ(BuildCaptionText(data, WholeFilm(), 720, 576), expected);
 }
 
-TEST(CaptionTextTest, BelowTwoHundredSeventyLinesTheFontSizeIsZero)
+TEST(CaptionTextTest, BelowTwoHundredSeventyLinesTheFontScaleIsThatOfTwoHundredSeventy)
 {
-    // 320 by 240: nScale 0, bar (240 - 136) / 2 = 52, vertical margin 26.
+    // 320 by 240: nScale 1 (not 0), bar (240 - 136) / 2 = 52; title and watermark keep sizes of
+    // their own, and with them their margins.
     CTarnwickData data = Project({{0, 99}});
     data.capTitle.caption = "small";
     std::string expected =
         Header("320", "240") +
-        "Style: Watermark,Impact,0,&HC0FFFFFF,&H000000FF,&H00000000,&H64000000,0,0,0,0,100,100,0,"
-        "0,1,0,0,5,0,0,26,0\r\n"
-        "Style: Title,Yu Gothic UI,0,&H00FFFFFF,&H000000FF,&H00000000,&H64000000,-1,0,0,0,100,"
-        "100,0,0,1,2,0,5,0,0,26,128\r\n" +
+        "Style: Watermark,Impact,37,&HC0FFFFFF,&H000000FF,&H00000000,&H64000000,0,0,0,0,100,100,"
+        "0,0,1,0,0,5,18,18,7,0\r\n"
+        "Style: Title,Yu Gothic UI,32,&H00FFFFFF,&H000000FF,&H00000000,&H64000000,-1,0,0,0,100,"
+        "100,0,0,1,2,0,5,16,16,10,128\r\n" +
         kEventsHeader + "Dialogue: 1,00:00:00.00,00:00:03.00,Title,,0,0,0,,small\r\n";
     EXPECT_EQ(BuildCaptionText(data, WholeFilm(), 320, 240), expected);
+    // A picture of 2 lines as well.
+    EXPECT_NE(BuildCaptionText(data, WholeFilm(), 2, 2).find("Style: Title,Yu Gothic UI,32,"),
+              std::string::npos);
 }
 
-TEST(CaptionTextTest, LineEndInACaptionBecomesCrLfAndSplitsTheDialogueLine)
+TEST(CaptionTextTest, LineEndInACaptionBecomesAnAssLineBreakOnItsDialogueLine)
 {
     CTarnwickData data = Project({{0, 99}});
-    data.capTitle.caption = "first\nsecond";
+    data.capTitle.caption = "first\nsecond\r\nthird\rfourth";
     std::string text = BuildCaptionText(data, WholeFilm(), 1920, 1080);
     std::string expected =
         Header("1920", "1080") +
@@ -198,8 +202,40 @@ TEST(CaptionTextTest, LineEndInACaptionBecomesCrLfAndSplitsTheDialogueLine)
         "0,0,1,0,0,5,74,74,0,0\r\n"
         "Style: Title,Yu Gothic UI,128,&H00FFFFFF,&H000000FF,&H00000000,&H64000000,-1,0,0,0,100,"
         "100,0,0,1,2,0,5,64,64,2,128\r\n" +
-        kEventsHeader + "Dialogue: 1,00:00:00.00,00:00:03.00,Title,,0,0,0,,first\r\nsecond\r\n";
+        kEventsHeader +
+        "Dialogue: 1,00:00:00.00,00:00:03.00,Title,,0,0,0,,first\\Nsecond\\Nthird\\Nfourth\r\n";
     EXPECT_EQ(text, expected);
+}
+
+TEST(CaptionEventsTest, BracesAndBackslashesOfEveryCaptionAreShownAsTyped)
+{
+    CTarnwickData data = Project({{0, 99}});
+    data.viCurrent.frame_num = 100;
+    data.capTitle.caption = "{Fox} at dusk";
+    data.capWatermark.caption = "{\\fs200}big";
+    data.diff_list[0].SetCaption(0, 2, "C:\\new\\hut \\{x\\}");
+    const std::string joiner = "\xE2\x81\xA0";
+    const std::string scene = "C:\\" + joiner + "new\\" + joiner + "hut \\\\{x\\\\}";
+    EXPECT_EQ(BuildCaptionEvents(data, WholeFilm()),
+              "Dialogue: 1,00:00:00.00,00:00:03.00,Title,,0,0,0,,\\{Fox\\} at dusk\n"
+              "Dialogue: 2,00:00:00.00,00:00:04.04,Watermark,,0,0,0,,\\{\\fs200\\}big\n"
+              "Dialogue: 0,00:00:00.00,00:00:02.04,Scene001,,0,0,0,," +
+                  scene + "\n");
+    // The one-scene and one-frame cases write the same texts.
+    const std::string one = BuildCaptionEvents(data, OneScene(0, 0));
+    EXPECT_NE(one.find(",Scene001,,0,0,0,," + scene + "\n"), std::string::npos) << one;
+    EXPECT_NE(one.find(",Title,,0,0,0,,\\{Fox\\} at dusk\n"), std::string::npos) << one;
+    const std::string still = BuildCaptionEvents(data, OneFrame(0, 0));
+    EXPECT_NE(still.find(",Watermark,,0,0,0,,\\{\\fs200\\}big\n"), std::string::npos) << still;
+}
+
+TEST(CaptionEventsTest, OnlyTheLeadingFadeOfADefaultTitleStaysAnEffect)
+{
+    EXPECT_EQ(render::AssCaptionText("{\\fad(500,500)}clip {\\fad(1,2)}", true),
+              "{\\fad(500,500)}clip \\{\\fad(1,2)\\}");
+    EXPECT_EQ(render::AssCaptionText("{\\fad(500,500)}clip", false), "clip");
+    EXPECT_EQ(render::AssCaptionText("x{\\fad(500,500)}", true), "x\\{\\fad(500,500)\\}");
+    EXPECT_EQ(render::EscapeAssText("TarnwickMP4\\NBrindlemoor."), "TarnwickMP4\\NBrindlemoor.");
 }
 
 TEST(CaptionTextTest, WholeFilmWritesStylesOfEnabledScenesInForceOnly)
@@ -361,8 +397,8 @@ TEST(CaptionEventsTest, StillFrameCaptionsCoverTheFirstSecondWithoutFade)
     data.diff_list[0].SetCaption(1, 2, "{\\fad(300,200)}Hi"); // frames 25 to 75
     data.list_idx = 0;
     EXPECT_EQ(BuildCaptionEvents(data, OneFrame(-1, 30)),
-              "Dialogue: 0,00:00:00.00,00:00:01.00,Scene001,,0,0,0,,{}Hi\n"
-              "Dialogue: 1,00:00:00.00,00:00:01.00,Title,,0,0,0,,{}clip\n"
+              "Dialogue: 0,00:00:00.00,00:00:01.00,Scene001,,0,0,0,,Hi\n"
+              "Dialogue: 1,00:00:00.00,00:00:01.00,Title,,0,0,0,,clip\n"
               "Dialogue: 2,00:00:00.00,00:00:01.00,Watermark,,0,0,0,,TarnwickMP4\\NBrindlemoor.\n");
 }
 

@@ -125,4 +125,47 @@ TEST(MergeGraphFfmpegTest, OneInputKeepsItsTrimmedLength)
     EXPECT_NEAR(StreamDuration(out, "a"), 2.5, kFrame + 0.001);
 }
 
+// Clips of 50, 49 and 52 frames at 25 fps, the second with a tone of only 1.5 s, joined with
+// fades of 12 frames at a constant rate: 127 frames, each made once (the xfade of ffmpeg 5.1
+// left a gap in the times behind a fade, which the constant rate filled with a copy), and sound
+// of the same length.
+TEST(MergeGraphFfmpegTest, CrossFadedFilesHoldEveryFrameOnceWithSoundAsLong)
+{
+    TempDir dir;
+    std::vector<render::MergeStep> steps;
+    for (const int frames : {50, 49, 52}) {
+        const std::string file = dir.file(std::to_string(frames) + ".mp4");
+        const double sound = frames == 49 ? 1.5 : frames / 25.0;
+        ASSERT_TRUE(testsupport::MakeClip(
+            file,
+            "testsrc2=size=160x120:rate=25:duration=" + std::to_string(frames / 25.0) +
+                "[out0];sine=frequency=440:duration=" + std::to_string(sound) + "[out1]",
+            {"-c:v", "libx264", "-pix_fmt", "yuv420p", "-c:a", "aac"}));
+        steps.push_back({file, frames / 25.0});
+    }
+    std::vector<std::string> argv{"ffmpeg", "-y", "-loglevel", "error"};
+    for (const render::MergeStep &step : steps) {
+        argv.insert(argv.end(), {"-i", step.path});
+    }
+    const std::string out = dir.file("joined.mov");
+    argv.insert(argv.end(),
+                {"-filter_complex",
+                 render::FilterComplexText(render::BuildMergeGraph(0.48, steps, "25/1", true)),
+                 "-map",
+                 "[vid]",
+                 "-map",
+                 "[aud]",
+                 "-c:v",
+                 "libx264",
+                 "-r",
+                 "25/1",
+                 "-c:a",
+                 "pcm_s16le",
+                 out});
+    RunResult r = RunProgram(argv);
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    EXPECT_EQ(testsupport::DecodedFrames(out), 50 + 49 + 52 - 2 * 12);
+    EXPECT_NEAR(StreamDuration(out, "a"), 127 / 25.0, 0.001);
+}
+
 } // namespace

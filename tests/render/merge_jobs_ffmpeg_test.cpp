@@ -13,8 +13,10 @@
 #include <gtest/gtest.h>
 
 #include "core/helpers.h"
+#include "core/merge_formats.h"
 #include "core/paths.h"
 #include "engine/engine_fixture.h"
+#include "render/trim_commands.h"
 #include "support/test_support.h"
 
 namespace {
@@ -28,13 +30,15 @@ using enginetest::States;
 using testsupport::StreamSeconds;
 using testsupport::TempDir;
 
-// A source clip: seconds of testsrc2 at size and rate, with a sine tone when sound is set.
+// A source clip: seconds of testsrc2 at size and rate, with a sine tone when sound is set (of
+// soundSeconds when above 0, else as long as the picture).
 std::string MakeSource(const TempDir &dir,
                        const std::string &name,
                        const std::string &size,
                        const std::string &rate,
                        double seconds,
-                       bool sound)
+                       bool sound,
+                       double soundSeconds = 0.0)
 {
     const std::string path = dir.file(name);
     std::vector<std::string> args = {
@@ -48,9 +52,12 @@ std::string MakeSource(const TempDir &dir,
         core::StrPrintf(
             "testsrc2=size=%s:rate=%s:duration=%g", size.c_str(), rate.c_str(), seconds)};
     if (sound) {
-        args.insert(
-            args.end(),
-            {"-f", "lavfi", "-i", core::StrPrintf("sine=frequency=440:duration=%g", seconds)});
+        args.insert(args.end(),
+                    {"-f",
+                     "lavfi",
+                     "-i",
+                     core::StrPrintf("sine=frequency=440:duration=%g",
+                                     soundSeconds > 0 ? soundSeconds : seconds)});
     }
     args.insert(args.end(), {"-c:v", "libx264", "-pix_fmt", "yuv420p", "-c:a", "aac", path});
     EXPECT_EQ(testsupport::RunProgram(args).exitCode, 0);
@@ -80,7 +87,7 @@ struct MergeProject
         std::lock_guard<std::mutex> lock(rig.data.sceneLock.m);
         rig.data.diff_list.push_back(row);
     }
-    double Fps() const { return rig.engine.nRateIndex == 5 ? 30000.0 / 1001 : 30.0; }
+    double Fps() const { return core::MergeRateFps(core::MergeRateAt(rig.engine.nRateIndex)); }
     int Run(int nJob)
     {
         rig.Scene().ClearMessages();
@@ -198,17 +205,17 @@ TEST(ConvertInput, RateIndexFiveWritesTheNtscRateAndTheGraphCarriesIt)
     EXPECT_EQ(Probe(p.Output(), "stream=r_frame_rate"), "30000/1001\n");
 }
 
-TEST(ConvertAllInputs, LongerSegmentThanPlannedUpdatesTheRowAndFillsTheBar)
+TEST(ConvertAllInputs, SegmentOtherThanPlannedUpdatesTheRowAndFillsTheBar)
 {
     MergeProject p;
-    // 301 frames at 30 a second.
+    // 301 frames at 30 a second; the row plans one more than the source holds.
     p.Add(MakeSource(p.dir, "a.mp4", "160x120", "30", 301.0 / 30, true));
     {
         std::lock_guard<std::mutex> lock(p.rig.data.sceneLock.m);
         core::SceneEntry &row = p.rig.data.diff_list[0];
         row.bAnalyzed = true;
         row.viIn.bHasAudio = true;
-        row.viOut.frame_num = 300; // the plan
+        row.viOut.frame_num = 302; // the plan
     }
     ASSERT_EQ(p.Run(engine::kJobSegmentOutput), 0);
     EXPECT_EQ(p.rig.data.diff_list[0].viOut.frame_num, 301);
@@ -328,6 +335,94 @@ TEST(ProcessConv, StopDuringTheConversionsLeavesNoPartialSegment)
     EXPECT_EQ(p.rig.engine.nProcessExitCode, engine::kJobStopped);
     EXPECT_TRUE(testsupport::FilesMatching(p.dir.file("out"), "partial").empty());
     EXPECT_FALSE(fs::exists(p.rig.data.diff_list[0].fileName));
+}
+
+// Frames of the film and seconds of its sound against the frames the job planned at fps.
+void ExpectFilmOfFrames(const std::string &film, int frames, double fps)
+{
+    EXPECT_EQ(testsupport::DecodedFrames(film), frames);
+    EXPECT_NEAR(StreamSeconds(film, "v"), frames / fps, 0.001);
+    // AAC ends on a block of 1024 samples: the sound ends within a frame of the picture.
+    EXPECT_NEAR(StreamSeconds(film, "a"), frames / fps, 1 / fps);
+}
+
+// A 4 s source of 25 fps plans 96 frames at 24 fps; "-r" alone repeated frames up to 98.
+TEST(ConvertInput, SourceOfAnotherRateBecomesTheFramesItsRowPlans)
+{
+    MergeProject p;
+    p.rig.engine.nRateIndex = 6; // 24/1
+    p.Add(MakeSource(p.dir, "a.mp4", "160x120", "25", 4, true));
+    ASSERT_EQ(p.Run(engine::kJobSegmentOutput), 0);
+    EXPECT_EQ(testsupport::DecodedFrames(p.rig.data.diff_list[0].fileName), 96);
+    EXPECT_EQ(p.rig.data.diff_list[0].viOut.frame_num, 96);
+    ASSERT_EQ(p.Run(engine::kJobFinalOutput), 0);
+    ExpectFilmOfFrames(p.Output(), 96, 24.0);
+}
+
+// Cross-fades at another rate than the sources', one source's sound ending early: the film
+// holds the frames the job plans (nFinal), and the sound lasts as long.
+TEST(ProcessConv, CrossFadedFilmAtAnotherRateEndsAtThePlannedFramesWithItsSound)
+{
+    for (const int rateIndex : {6, 5}) { // 24/1 and 30000/1001
+        MergeProject p;
+        p.rig.engine.nRateIndex = rateIndex;
+        p.rig.data.transition = 1;
+        p.Add(MakeSource(p.dir, "a.mp4", "160x120", "25", 2.08, true));
+        p.Add(MakeSource(p.dir, "b.mp4", "160x120", "25", 1.96, true, 1.5));
+        p.Add(MakeSource(p.dir, "c.mp4", "160x120", "25", 2.0, true));
+        ASSERT_EQ(p.Run(engine::kJobExtractAndOutput), 0);
+        int nTotal = 0;
+        for (const core::SceneEntry &row : p.rig.data.diff_list) {
+            nTotal += row.viOut.frame_num;
+        }
+        const double fade = p.rig.data.dTransitionSec;
+        ASSERT_GT(fade, 0.3);
+        SCOPED_TRACE(core::StrPrintf("rate %d, %d frames, fade %.2f", rateIndex, nTotal, fade));
+        ExpectFilmOfFrames(p.Output(), render::FadedFrameCount(nTotal, p.Fps(), 3, fade), p.Fps());
+    }
+}
+
+// The first source shorter than the cross-fade is refused as a later one is, naming it: the
+// tool would be given a negative offset and write a film without sound.
+TEST(ProcessConv, FirstSourceShorterThanTheCrossFadeEndsTheJobNamingIt)
+{
+    MergeProject p;
+    p.rig.data.transition = 1;
+    p.Add(MakeSource(p.dir, "a.mp4", "160x120", "25", 0.2, true));
+    p.Add(MakeSource(p.dir, "b.mp4", "160x120", "25", 2, true));
+    EXPECT_EQ(p.Run(engine::kJobExtractAndOutput), engine::kJobCannotStart);
+    const std::string last = States(p.rig.Scene()).back();
+    EXPECT_EQ(last.rfind("3:file 1 of the list lasts 0.20 s, less than the cross-fade of ", 0), 0u)
+        << last;
+    EXPECT_TRUE(p.CommandsWith("-filter_complex").empty());
+    EXPECT_FALSE(fs::exists(p.Output()));
+}
+
+// A source without a frame count in its header is counted by decoding: a stop during that count,
+// or during its conversion to a working file, ends the analysis as stopped, not as failed.
+TEST(ProcessAnalysis, StopWhileASourceIsReadEndsStoppedWithoutBlamingIt)
+{
+    TempDir clips;
+    const std::string part = MakeSource(clips, "part.mkv", "320x240", "25", 10, true);
+    const std::string source = clips.file("long.mkv");
+    ASSERT_TRUE(testsupport::LoopClip(source, part, 30));
+    for (int moment = 0; moment < 2; ++moment) {
+        MergeProject p;
+        p.Add(source);
+        ASSERT_EQ(p.rig.engine.StartThread(engine::kJobSceneExtract), 1);
+        // Moment 0: the first tool on the source (its count); 1: its working file is written.
+        p.rig.host.Loop().RunUntil([&] {
+            return !p.rig.engine.bThreadRunning ||
+                   (moment == 0
+                        ? testsupport::CountProcessesWith(source) > 0
+                        : !testsupport::FilesMatching(p.dir.file("out"), "partial").empty());
+        });
+        ASSERT_TRUE(p.rig.engine.bThreadRunning) << moment;
+        p.rig.engine.CancelProcess();
+        EXPECT_EQ(p.rig.engine.nProcessExitCode, engine::kJobStopped) << moment;
+        EXPECT_EQ(States(p.rig.Scene()).back(), "5:") << moment;
+        EXPECT_FALSE(p.rig.data.diff_list[0].bAnalyzed);
+    }
 }
 
 } // namespace

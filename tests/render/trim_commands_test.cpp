@@ -100,6 +100,15 @@ TEST(FadedFrameCount, EveryJoinShortensTheFilmByOneFade)
     EXPECT_EQ(render::FadedFrameCount(300, 0.0, 3, 0.5), 0);
 }
 
+TEST(FadedFrameCount, AWholeNumberOfFramesIsNotLostToTheRoundingOfDoubles)
+{
+    // (57 / 25 - 2 x 0.48) x 25 and (41 / 24 - 3 x 0.5) x 24 come out just below 33 and 5.
+    EXPECT_EQ(render::FadedFrameCount(57, 25.0, 3, 0.48), 33);
+    EXPECT_EQ(render::FadedFrameCount(41, 24.0, 4, 0.5), 5);
+    EXPECT_EQ(render::FadedFrameCount(153, 25.0, 3, 0.48), 129);
+    EXPECT_EQ(render::FadedFrameCount(58, 30000.0 / 1001, 2, 0.47), 43); // 43.9, not 44
+}
+
 TEST(ConcatList, OneLinePerFileWithSingleQuotesEscaped)
 {
     EXPECT_EQ(render::ConcatListText({"/o/a_seg_0_9.mp4", "/o/it's.mp4", "/o/a\\b [c];d'.mp4"}),
@@ -134,6 +143,18 @@ TEST(TrimCommands, FinalEncodeCommandPutsTheChainBeforeTheTimeReset)
               "ffmpeg -y -i \"/o/t_merged.mp4\" -c:v mpeg4 -qscale:v 4 -g 30 -keyint_min 1 -r "
               "30000/1001 -c:a aac -b:a 192k -vf \"hue=s=1.00,setpts=PTS-STARTPTS\" -af "
               "\"asetpts=PTS-STARTPTS\" -movflags +faststart \"/o/t.mp4\"");
+}
+
+TEST(TrimCommands, FinalEncodeEndsPictureAndSoundAtThePlannedFrames)
+{
+    EXPECT_EQ(render::FinalEncodeCommand(Args(), "/o/t_merged.mp4", "hue=s=1.00,", "/o/t.mp4", 129),
+              "ffmpeg -y -i \"/o/t_merged.mp4\" -c:v mpeg4 -qscale:v 4 -g 30 -keyint_min 1 -r "
+              "30000/1001 -c:a aac -b:a 192k -vf \"hue=s=1.00,trim=end_frame=129,"
+              "setpts=PTS-STARTPTS\" -af \"asetpts=PTS-STARTPTS,apad,atrim=duration=4.304304\" "
+              "-movflags +faststart \"/o/t.mp4\"");
+    // No plan, no end.
+    EXPECT_EQ(render::FinalEncodeCommand(Args(), "/m.mp4", "", "/t.mp4", 0),
+              render::FinalEncodeCommand(Args(), "/m.mp4", "", "/t.mp4"));
 }
 
 } // namespace

@@ -5,7 +5,13 @@
 #include <string>
 #include <vector>
 
+#include <sys/types.h>
+
 namespace testsupport {
+
+// How the stop signals stand when the front end starts: as in the test; ignored, as a shell starts
+// a background job; or blocked, so that one sent at once waits until the program handles it.
+enum class StopSignalsAtStart { AsInTest, Ignored, Blocked };
 
 // How a run of the command-line front end that was to get a signal ended.
 struct SignalledRun
@@ -21,6 +27,16 @@ struct SignalledRun
 // the program cannot be started.
 SignalledRun SignalCliWhenReady(const std::vector<std::string> &args,
                                 int sig,
-                                const std::function<bool()> &ready);
+                                const std::function<bool()> &ready,
+                                StopSignalsAtStart start = StopSignalsAtStart::AsInTest);
+
+// The same with ready(pid) given the program's process id.
+SignalledRun SignalCliWhenReadyPid(const std::vector<std::string> &args,
+                                   int sig,
+                                   const std::function<bool(pid_t)> &ready,
+                                   StopSignalsAtStart start);
+
+// The process catches sig (its handler is installed): /proc/PID/status, "SigCgt".
+bool CatchesSignal(pid_t pid, int sig);
 
 } // namespace testsupport

@@ -24,4 +24,26 @@ std::string MakeLongClip(const TempDir &dir)
     return clip;
 }
 
+std::string MakeThreeSceneClip(const TempDir &dir)
+{
+    std::string clip = dir.file("m3.mp4");
+    EXPECT_TRUE(MakeClip(
+        clip,
+        "color=c=0x404040:s=320x240:r=25:d=15[bg];color=c=0xA0A0A0:s=64x64:r=25:d=15[box];"
+        "[bg][box]overlay=x='100*(clip(t,2,4)-2)-100*(clip(t,6.5,8.5)-6.5)+100*(clip(t,11,13)-"
+        "11)':y=88:eval=frame",
+        {"-f",
+         "lavfi",
+         "-i",
+         "sine=f=440:d=15",
+         "-c:v",
+         "libx264",
+         "-pix_fmt",
+         "yuv420p",
+         "-c:a",
+         "aac",
+         "-shortest"}));
+    return clip;
+}
+
 } // namespace testsupport

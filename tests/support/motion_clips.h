@@ -21,4 +21,9 @@ std::string MakeMotionClip(const TempDir &dir);
 // minutes by stream copy. A failure to make it fails the current test.
 std::string MakeLongClip(const TempDir &dir);
 
+// dir/m3.mp4: 15 seconds of 320x240 at 25 fps with a sine tone; the box moves right in seconds 2
+// to 4, back in 6.5 to 8.5 and right again in 11 to 13: three scenes of 50 frames (51-100,
+// 163-212, 276-325). A failure to make it fails the current test.
+std::string MakeThreeSceneClip(const TempDir &dir);
+
 } // namespace testsupport
