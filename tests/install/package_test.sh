@@ -10,6 +10,8 @@
 #   data OUT_DIR PROBE               a program in the installed bin/ finds the tables and manuals
 set -euo pipefail
 
+src_dir=${TW_SOURCE_DIR:-$(cd "$(dirname "$0")/../.." && pwd)}
+
 mode=$1
 out=$2
 id=io.github.brindlemoor.TarnwickMP4
@@ -65,7 +67,7 @@ contents)
     grep -v -e '/$' -e '^./usr/bin/' -e '^./usr/share/' <<<"$listing" &&
         fail "the package holds files outside /usr/bin and /usr/share"
     for table in "$stage"/usr/share/tarnwickmp4/res/*.json; do
-        cmp -s "$table" "$TW_SOURCE_DIR/res/$(basename "$table")" || fail "$table differs from res/"
+        cmp -s "$table" "$src_dir/res/$(basename "$table")" || fail "$table differs from res/"
     done
     ;;
 depends)
