@@ -46,6 +46,7 @@ contents)
     listing=$(dpkg-deb -c "$(the_deb)" | awk '{print $6}')
     expected=(
         ./usr/bin/tarnwickmp4-cli
+        ./usr/bin/tarnwickmp4-cli-main
         ./usr/share/tarnwickmp4/res/TarnwickMP4Res_ENG.json
         ./usr/share/tarnwickmp4/res/TarnwickMP4Res_JPN.json
         ./usr/share/tarnwickmp4/doc/manual_en.txt
