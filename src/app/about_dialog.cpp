@@ -8,18 +8,10 @@
 #include <QVBoxLayout>
 
 #include "app/app_text.h"
-#include "core/version.h"
 
 namespace app {
 
-namespace {
-
-constexpr int kIdsVersionLead = 2000;
-constexpr int kIdsCopyright = 1092;
-
-} // namespace
-
-AboutDialog::AboutDialog(QWidget *parent)
+AboutDialog::AboutDialog(const workspace::AboutContent &about, QWidget *parent)
     : QDialog(parent)
     , m_version(new QLabel(this))
     , m_copyright(new QLabel(this))
@@ -47,17 +39,14 @@ AboutDialog::AboutDialog(QWidget *parent)
     layout->addLayout(buttons);
     setMinimumWidth(340);
     connect(m_close, &QPushButton::clicked, this, &QDialog::accept);
-    relabel();
+    relabel(about);
 }
 
-void AboutDialog::relabel()
+void AboutDialog::relabel(const workspace::AboutContent &about)
 {
-    setWindowTitle(Text(kIdsAboutTitle));
-    // The version as the program's version constant gives it, without blanks.
-    QString version = QString::fromLatin1(core::kProductVersion);
-    version.remove(QLatin1Char(' ')).replace(QLatin1Char(','), QLatin1Char('.'));
-    m_version->setText(Text(kIdsVersionLead) + version);
-    m_copyright->setText(Text(kIdsCopyright));
+    setWindowTitle(ToQt(about.title));
+    m_version->setText(ToQt(about.version));
+    m_copyright->setText(ToQt(about.copyright));
     m_close->setText(Text(kIdsClose));
 }
 

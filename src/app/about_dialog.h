@@ -1,7 +1,10 @@
-// The about box: the program's name with its version, and the copyright.
+// The about box: the program's name with its version, and the copyright, as the host model
+// gives them.
 #pragma once
 
 #include <QDialog>
+
+#include "workspace/host_view.h"
 
 class QLabel;
 class QPushButton;
@@ -12,9 +15,9 @@ class AboutDialog : public QDialog
 {
     Q_OBJECT
 public:
-    explicit AboutDialog(QWidget *parent = nullptr);
+    explicit AboutDialog(const workspace::AboutContent &about, QWidget *parent = nullptr);
 
-    void relabel();
+    void relabel(const workspace::AboutContent &about);
     QString versionText() const;
     QString copyrightText() const;
 

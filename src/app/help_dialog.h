@@ -1,8 +1,10 @@
-// The manual viewer: the manual of a tab in the current language, on ruled lines. Modeless; it
-// deletes itself when closed.
+// The manual viewer: the manual of a tab in the current language, on ruled lines, as the host
+// model finds it (workspace::HelpContent). Modeless; it deletes itself when closed.
 #pragma once
 
 #include <QDialog>
+
+#include "workspace/host_view.h"
 
 class QPushButton;
 
@@ -14,18 +16,12 @@ class HelpDialog : public QDialog
 {
     Q_OBJECT
 public:
-    // nTab: the tab whose manual is shown (0 scene, 1 merge).
-    HelpDialog(int nTab, QWidget *parent = nullptr);
+    explicit HelpDialog(const workspace::HelpContent &help, QWidget *parent = nullptr);
 
-    // The text of a tab's manual in the current language, its lines joined with "\n"; empty
-    // when no manual file can be read. Searched in "doc/" beside the executable, then in the
-    // installed data folder.
-    static QString LoadManual(int nTab);
-    // The folders searched for the manuals, in order.
-    static QStringList ManualFolders();
-
-    // The texts again in the current language, the manual included.
-    void relabel();
+    // The title, the manual and the button again (after a change of language).
+    void relabel(const workspace::HelpContent &help);
+    // The tab whose manual is shown (0 scene, 1 merge).
+    int tab() const { return m_nTab; }
     QString text() const;
     RuledTextView *textView() const { return m_text; }
 

@@ -5,7 +5,6 @@
 #include <QStackedWidget>
 #include <QVBoxLayout>
 
-#include "app/app_text.h"
 #include "app/tab_button.h"
 #include "app/tab_page.h"
 
@@ -13,9 +12,6 @@ namespace app {
 
 namespace {
 
-// String ids of the two buttons' captions.
-constexpr int kIdsSceneButton = 3152;
-constexpr int kIdsMergeButton = 3153;
 // The size the host is designed for.
 constexpr QSize kDesignSize(1000, 680);
 
@@ -44,7 +40,6 @@ HostArea::HostArea(QWidget *parent)
     layout->addLayout(buttons);
     layout->addWidget(m_stack, 1);
     showTab(0);
-    relabel();
 }
 
 void HostArea::showTab(int nTab)
@@ -61,10 +56,10 @@ void HostArea::setButtonsEnabled(bool bEnabled)
     m_buttons[1]->setEnabled(bEnabled);
 }
 
-void HostArea::relabel()
+void HostArea::relabel(const QString &sceneText, const QString &mergeText)
 {
-    m_buttons[0]->setText(Text(kIdsSceneButton));
-    m_buttons[1]->setText(Text(kIdsMergeButton));
+    m_buttons[0]->setText(sceneText);
+    m_buttons[1]->setText(mergeText);
     m_buttons[0]->updateGeometry();
     m_buttons[1]->updateGeometry();
 }

@@ -23,8 +23,8 @@ public:
     // Shows the page of nTab and marks its button.
     void showTab(int nTab);
     void setButtonsEnabled(bool bEnabled);
-    // The button texts again in the current language.
-    void relabel();
+    // The button texts (the host's texts in the current language).
+    void relabel(const QString &sceneText, const QString &mergeText);
     // The size the host is laid out for; the window is never made bigger than it needs.
     QSize sizeHint() const override;
 

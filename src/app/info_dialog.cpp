@@ -5,31 +5,30 @@
 #include <QDesktopServices>
 #include <QFileDialog>
 #include <QHBoxLayout>
+#include <QPointer>
 #include <QPushButton>
 #include <QUrl>
 #include <QVBoxLayout>
 
 #include "app/app_text.h"
 #include "app/ruled_text_view.h"
-#include "workspace/tab_base.h"
-#include "workspace/tab_scene.h"
+#include "core/language.h"
+#include "workspace/host_model.h"
 
 namespace app {
 
 namespace {
 
-constexpr int kIdsChooseFor = 3097;
 constexpr int kIdsChooseFile = 1100;
 
 } // namespace
 
-InfoDialog::InfoDialog(
-    workspace::CTarnwickTab &tab, int nKind, int nTitleId, const QString &file, QWidget *parent)
+InfoDialog::InfoDialog(workspace::HostModel &host,
+                       const workspace::InformationRequest &request,
+                       QWidget *parent)
     : QDialog(parent)
-    , m_tab(tab)
-    , m_nKind(nKind)
-    , m_nTitleId(nTitleId)
-    , m_file(file)
+    , m_host(host)
+    , m_request(request)
     , m_text(new RuledTextView(this))
     , m_choose(new QPushButton(this))
     , m_play(new QPushButton(this))
@@ -54,92 +53,76 @@ InfoDialog::InfoDialog(
     connect(m_choose, &QPushButton::clicked, this, &InfoDialog::chooseAnother);
     connect(m_play, &QPushButton::clicked, this, &InfoDialog::openInPlayer);
     connect(m_close, &QPushButton::clicked, this, &QDialog::close);
-    m_chooser = [this](const QString &start) {
-        const QString title =
-            QStringLiteral("%1 \"%2\"").arg(Text(kIdsChooseFor), Text(m_nTitleId));
-        return QFileDialog::getOpenFileName(
-            this, title, start, QtFileFilter(workspace::kVideoFilter));
+    m_chooser = [this](const QString &title, const QString &start, const QString &filter) {
+        return QFileDialog::getOpenFileName(this, title, start, filter);
     };
     relabel();
 }
 
-void InfoDialog::setFileChooser(std::function<QString(const QString &)> chooser)
+void InfoDialog::setFileChooser(Chooser chooser)
 {
     m_chooser = std::move(chooser);
 }
 
 void InfoDialog::relabel()
 {
-    setWindowTitle(Text(m_nTitleId));
+    m_request.title = core::LoadStringById(m_request.nTitleId);
+    m_request.chooserTitle =
+        core::LoadStringById(workspace::kIdsChooseFileFor) + " \"" + m_request.title + "\"";
+    setWindowTitle(ToQt(m_request.title));
     m_choose->setText(Text(kIdsChooseFile));
     m_play->setText(Text(kIdsOpenInPlayer));
     m_close->setText(Text(kIdsClose));
 }
 
+QString InfoDialog::chooseFile(const QString &start)
+{
+    return m_chooser(ToQt(m_request.chooserTitle), start, QtFileFilter(m_request.filter));
+}
+
 bool InfoDialog::start()
 {
-    const bool bAsk = m_nKind != 1 || m_file.isEmpty();
-    if ((bAsk && !chooseFile()) || !beginProbe()) {
+    const QString file =
+        m_request.bAskFile ? chooseFile(ToQt(m_request.startFile)) : ToQt(m_request.startFile);
+    if (file.isEmpty()) {
         deleteLater();
         return false;
     }
-    return true;
-}
-
-bool InfoDialog::chooseFile()
-{
-    const QString chosen = m_chooser(m_file);
-    if (chosen.isEmpty()) {
+    QPointer<InfoDialog> self(this);
+    const bool bRead = read(file);
+    if (!self) {
         return false;
     }
-    m_file = chosen;
-    return true;
-}
-
-bool InfoDialog::beginProbe()
-{
-    // The tab runs one job at a time; its own job is not stopped for a look at a file.
-    if (m_bProbing || m_tab.IsJobRunning()) {
+    if (!bRead) {
+        deleteLater();
         return false;
     }
-    m_bProbing = true;
-    m_tab.StartProbe(FromQt(m_file), m_nKind);
-    checkProbe();
+    if (parentWidget() != nullptr) {
+        const QRect owner = parentWidget()->geometry();
+        move(owner.center() - rect().center());
+    }
+    show();
     return true;
 }
 
-void InfoDialog::checkProbe()
+bool InfoDialog::read(const QString &file)
 {
-    const workspace::JobReport &job = m_tab.LastJob();
-    if (!m_bProbing || m_tab.IsJobRunning() || job.nJob != workspace::kJobProbe || !job.bFinished) {
-        return;
+    // The window's loop runs while the probe does: the dialog may go meanwhile.
+    QPointer<InfoDialog> self(this);
+    const workspace::InformationResult result = m_host.RunInformation(m_request, FromQt(file));
+    if (!self || !result.bOk) {
+        return false;
     }
-    m_bProbing = false;
-    const workspace::ProbeReport &probe = m_tab.LastProbe();
-    const bool bGood = job.nResult == 0 && probe.nResult == 0;
-    if (bGood) {
-        m_text->setContents(ToQt(probe.text));
-    }
-    if (!m_bShownOnce) {
-        if (!bGood) {
-            emit probeEnded(false);
-            deleteLater();
-            return;
-        }
-        m_bShownOnce = true;
-        if (parentWidget() != nullptr) {
-            const QRect owner = parentWidget()->geometry();
-            move(owner.center() - rect().center());
-        }
-        show();
-    }
-    emit probeEnded(true);
+    m_file = file;
+    m_text->setContents(ToQt(result.text));
+    return true;
 }
 
 void InfoDialog::chooseAnother()
 {
-    if (chooseFile()) {
-        beginProbe();
+    const QString file = chooseFile(m_file);
+    if (!file.isEmpty()) {
+        read(file);
     }
 }
 

@@ -1,16 +1,18 @@
-// The information viewer: ffprobe's JSON about a file (kinds 1 to 5), read through a tab's job
-// engine while the window's loop runs on, shown on ruled lines. Modeless; it deletes itself
-// when closed.
+// The information viewer: ffprobe's JSON about a file (kinds 1 to 5), as the host model reads it
+// (HostModel::RunInformation, a job of the tab that waits with the window's loop running),
+// shown on ruled lines. Modeless; it deletes itself when closed.
 #pragma once
 
 #include <QDialog>
 
 #include <functional>
 
+#include "workspace/host_view.h"
+
 class QPushButton;
 
 namespace workspace {
-class CTarnwickTab;
+class HostModel;
 }
 
 namespace app {
@@ -21,51 +23,43 @@ class InfoDialog : public QDialog
 {
     Q_OBJECT
 public:
-    // tab runs the probe and must outlive the dialog; file is the file the tab has on show
-    // (kind 1 reads it without asking unless it is empty; the other kinds ask, starting there).
-    InfoDialog(workspace::CTarnwickTab &tab,
-               int nKind,
-               int nTitleId,
-               const QString &file,
+    // The file chooser: its title, the file to start at and the filter in Qt's form; the file
+    // chosen, or an empty text for a cancel.
+    using Chooser =
+        std::function<QString(const QString &title, const QString &start, const QString &filter)>;
+
+    // host runs the probe and must outlive the dialog.
+    InfoDialog(workspace::HostModel &host,
+               const workspace::InformationRequest &request,
                QWidget *parent = nullptr);
 
-    // Asks for the file where the kind wants it and starts the probe. False when the choice was
-    // cancelled or the probe cannot start; the dialog then deletes itself unseen. On success the
-    // dialog shows itself when the probe has ended well, or goes unseen when it failed.
+    // Replaces the file chooser (tests).
+    void setFileChooser(Chooser chooser);
+    // Asks for the file where the request wants it and reads it. False when the choice was
+    // cancelled or the reading failed: the dialog then deletes itself unseen. Else it shows.
     bool start();
-    // The tab's messages have been served: takes the probe's end when it has come.
-    void checkProbe();
     // The title and buttons again in the current language.
     void relabel();
 
-    bool probing() const { return m_bProbing; }
+    int tab() const { return m_request.nTab; }
+    int kind() const { return m_request.nKind; }
     const QString &file() const { return m_file; }
     QString text() const;
-    // Replaces the chooser of another file (tests): returns the file, or an empty text for a
-    // cancel.
-    void setFileChooser(std::function<QString(const QString &start)> chooser);
-
-signals:
-    // The probe has ended: bShown tells whether the dialog shows its text.
-    void probeEnded(bool bShown);
 
 private:
-    bool chooseFile();
-    bool beginProbe();
+    QString chooseFile(const QString &start);
+    bool read(const QString &file);
     void chooseAnother();
     void openInPlayer();
 
-    workspace::CTarnwickTab &m_tab;
-    int m_nKind;
-    int m_nTitleId;
+    workspace::HostModel &m_host;
+    workspace::InformationRequest m_request;
     QString m_file;
-    bool m_bProbing = false;
-    bool m_bShownOnce = false;
     RuledTextView *m_text;
     QPushButton *m_choose;
     QPushButton *m_play;
     QPushButton *m_close;
-    std::function<QString(const QString &)> m_chooser;
+    Chooser m_chooser;
 };
 
 } // namespace app

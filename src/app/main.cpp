@@ -1,5 +1,7 @@
-// Entry point of tarnwickmp4: the window, with the project named on the command line.
+// Entry point of tarnwickmp4: the window, with the project (or video) named on the command line.
 #include <QApplication>
+#include <QGuiApplication>
+#include <QLocale>
 #include <QStringList>
 
 #include <clocale>
@@ -15,16 +17,14 @@ int main(int argc, char **argv)
     std::setlocale(LC_NUMERIC, "C");
     QApplication::setApplicationName(QStringLiteral("TarnwickMP4"));
     QApplication::setOrganizationName(QStringLiteral("Brindlemoor"));
-    // The first argument that is not an option is the project; the rest are Qt's or ignored.
-    QString project;
-    const QStringList arguments = QApplication::arguments();
-    for (int i = 1; i < arguments.size(); ++i) {
-        if (!arguments[i].startsWith(QLatin1Char('-')) && project.isEmpty()) {
-            project = arguments[i];
-        }
-    }
+    // The desktop entry's name, so that the window is matched to it and its icon.
+    QGuiApplication::setDesktopFileName(QStringLiteral("io.github.brindlemoor.TarnwickMP4"));
+    workspace::HostOptions options;
+    options.systemLanguage =
+        QLocale::system().name().replace(QLatin1Char('_'), QLatin1Char('-')).toStdString();
     app::QtSettingsStore store;
-    app::MainWindow window(store);
-    window.startUp(project);
+    app::MainWindow window(store, options);
+    // Qt has taken its own options out of the arguments; the model picks the file from the rest.
+    window.startUp(QApplication::arguments().mid(1));
     return QApplication::exec();
 }

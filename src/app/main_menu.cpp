@@ -15,22 +15,19 @@ namespace {
 bool IsCheckable(int nCommand)
 {
     switch (nCommand) {
-    case 2010:
-    case 2012:
-    case 2013:
-    case 3110:
-    case 3111:
-    case 3112:
-    case core::kCmdLanguageJapanese:
-    case core::kCmdLanguageEnglish:
+    case workspace::kCmdHardwareAcceleration:
+    case workspace::kCmdSaveAutomatically:
+    case workspace::kCmdReopenLast:
+    case workspace::kCmdPreset0:
+    case workspace::kCmdPreset1:
+    case workspace::kCmdPreset2:
+    case workspace::kCmdJapanese:
+    case workspace::kCmdEnglish:
         return true;
     default:
         return false;
     }
 }
-
-// The longest path a recent entry shows.
-constexpr int kRecentDisplayLength = 30;
 
 } // namespace
 
@@ -40,7 +37,7 @@ MainMenu::MainMenu(QMenuBar *bar)
 {
 }
 
-void MainMenu::rebuild()
+void MainMenu::rebuild(const std::vector<core::MenuItem> &items)
 {
     m_bar->clear();
     m_actions.clear();
@@ -48,12 +45,12 @@ void MainMenu::rebuild()
     m_fileMenu = nullptr;
     m_recentAnchor = nullptr;
     m_recentPlaceholder = nullptr;
-    for (const core::MenuItem &top : core::LoadMenuById(core::kMainMenuId)) {
+    for (const core::MenuItem &top : items) {
         QMenu *menu = m_bar->addMenu(ToQt(top.text));
         if (m_fileMenu == nullptr) {
             m_fileMenu = menu;
-            connect(menu, &QMenu::aboutToShow, this, &MainMenu::fileMenuAboutToShow);
         }
+        connect(menu, &QMenu::aboutToShow, this, &MainMenu::aboutToShow);
         addItems(menu, top.items);
     }
 }
@@ -69,7 +66,7 @@ void MainMenu::addItems(QMenu *menu, const std::vector<core::MenuItem> &items)
         } else if (!item.items.empty() || item.id == 0) {
             addItems(menu->addMenu(ToQt(item.text)), item.items);
         } else {
-            if (item.id == kFirstRecent && m_recentPlaceholder == nullptr) {
+            if (item.id == workspace::kCmdRecentFirst && m_recentPlaceholder == nullptr) {
                 // Stands for the recent projects; never a command itself.
                 m_recentPlaceholder = menu->addAction(ToQt(item.text));
                 m_recentPlaceholder->setEnabled(false);
@@ -98,18 +95,7 @@ QAction *MainMenu::addCommand(QMenu *menu, const core::MenuItem &item)
     return action;
 }
 
-QString MainMenu::RecentLabel(int nIndex, const std::string &path)
-{
-    QString shown = ToQt(path);
-    if (shown.size() > kRecentDisplayLength) {
-        const int keep = kRecentDisplayLength - 3;
-        shown = shown.left(keep / 2) + QStringLiteral("...") + shown.right(keep - keep / 2);
-    }
-    shown.replace(QLatin1Char('&'), QStringLiteral("&&"));
-    return QStringLiteral("&%1 %2").arg(nIndex + 1).arg(shown);
-}
-
-void MainMenu::setRecentFiles(const std::vector<std::string> &entries, bool bEnabled)
+void MainMenu::setRecentFiles(const std::vector<workspace::RecentMenuEntry> &entries)
 {
     if (m_fileMenu == nullptr) {
         return;
@@ -119,38 +105,38 @@ void MainMenu::setRecentFiles(const std::vector<std::string> &entries, bool bEna
         action->deleteLater();
     }
     m_recent.clear();
-    int nShown = 0;
-    for (size_t i = 0; i < entries.size() && kFirstRecent + nShown <= kLastRecent; ++i) {
-        if (entries[i].empty()) {
-            continue;
-        }
-        auto *action = new QAction(RecentLabel(nShown, entries[i]), m_fileMenu);
-        action->setEnabled(bEnabled);
-        action->setData(ToQt(entries[i]));
-        const int nCommand = kFirstRecent + static_cast<int>(i);
+    for (const workspace::RecentMenuEntry &entry : entries) {
+        auto *action = new QAction(ToQt(entry.text), m_fileMenu);
+        action->setEnabled(entry.bEnabled);
+        action->setData(ToQt(entry.path));
+        const int nCommand = entry.nCommand;
         connect(action, &QAction::triggered, this, [this, nCommand] { emit command(nCommand); });
         m_fileMenu->insertAction(m_recentAnchor, action);
         m_recent.push_back(action);
-        ++nShown;
     }
     // The table's own item stands, greyed, only while the list is empty.
     if (m_recentPlaceholder != nullptr) {
-        m_recentPlaceholder->setVisible(nShown == 0);
+        m_recentPlaceholder->setVisible(m_recent.empty());
     }
 }
 
-void MainMenu::setEnabled(int nCommand, bool bEnabled)
+void MainMenu::setStates(const workspace::MenuStates &states)
 {
-    if (QAction *found = action(nCommand)) {
-        found->setEnabled(bEnabled);
+    for (const workspace::MenuItemState &item : states.items) {
+        if (QAction *found = action(item.nCommand)) {
+            found->setEnabled(item.bEnabled);
+            found->setChecked(item.bChecked);
+        }
     }
+    setRecentFiles(states.recent);
 }
 
-void MainMenu::setChecked(int nCommand, bool bChecked)
+QAction *MainMenu::recentAction(int nIndex) const
 {
-    if (QAction *found = action(nCommand)) {
-        found->setChecked(bChecked);
+    if (nIndex < 0 || nIndex >= static_cast<int>(m_recent.size())) {
+        return nullptr;
     }
+    return m_recent[static_cast<size_t>(nIndex)];
 }
 
 QAction *MainMenu::action(int nCommand) const

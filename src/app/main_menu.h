@@ -1,6 +1,7 @@
-// The menu bar of the main window, built from menu 128 of the string table: every command item
-// becomes an action that reports its command id; the recent projects stand where the table
-// puts the first recent-file item.
+// The menu bar of the main window, built from the menu the host model gives (menu 128 of the
+// string table): every command item becomes an action that reports its command id; the recent
+// projects stand where the table puts the first recent-file item. Availability, check marks and
+// the recent entries' texts are the model's (workspace::MenuStates).
 #pragma once
 
 #include <QObject>
@@ -11,6 +12,7 @@
 #include <vector>
 
 #include "core/language.h"
+#include "workspace/menu_states.h"
 
 class QAction;
 class QMenu;
@@ -22,19 +24,14 @@ class MainMenu : public QObject
 {
     Q_OBJECT
 public:
-    // The first and last command of the recent projects.
-    static constexpr int kFirstRecent = 57616;
-    static constexpr int kLastRecent = 57631;
-
     explicit MainMenu(QMenuBar *bar);
 
-    // Empties the bar and fills it anew from the current string table.
-    void rebuild();
-    // The recent projects as the file menu shows them (entry 0 first); greyed when bEnabled is
-    // false. Empty entries are left out.
-    void setRecentFiles(const std::vector<std::string> &entries, bool bEnabled);
-    void setEnabled(int nCommand, bool bEnabled);
-    void setChecked(int nCommand, bool bChecked);
+    // Empties the bar and fills it anew from items (the host's menu in the current language).
+    void rebuild(const std::vector<core::MenuItem> &items);
+    // The recent projects as the file menu shows them, in the model's order and texts.
+    void setRecentFiles(const std::vector<workspace::RecentMenuEntry> &entries);
+    // Availability and check marks of every command, and the recent entries.
+    void setStates(const workspace::MenuStates &states);
     // The action of a command; null when the menu has none.
     QAction *action(int nCommand) const;
     // The texts of the top-level menus, in order, without their mnemonics.
@@ -42,14 +39,14 @@ public:
     QMenuBar *bar() const { return m_bar; }
     // The menu that holds the recent projects.
     QMenu *fileMenu() const { return m_fileMenu; }
-
-    // The text a recent entry shows: its number and the path, shortened in the middle.
-    static QString RecentLabel(int nIndex, const std::string &path);
+    // The action of recent entry nIndex (from 0); null when there is none.
+    QAction *recentAction(int nIndex) const;
 
 signals:
     void command(int nCommand);
-    // The file menu is about to open: the window gives the recent list now.
-    void fileMenuAboutToShow();
+    // A menu is about to open: the window brings the states up to date now (jobs start and
+    // end without the menu's knowledge).
+    void aboutToShow();
 
 private:
     void addItems(QMenu *menu, const std::vector<core::MenuItem> &items);

@@ -2,52 +2,33 @@
 #include "app/main_window.h"
 
 #include <QCloseEvent>
-#include <QFileInfo>
+#include <QCoreApplication>
 #include <QMenuBar>
+#include <QMessageBox>
 #include <QScrollArea>
 #include <QTimer>
 
 #include "app/about_dialog.h"
 #include "app/app_text.h"
-#include "app/help_dialog.h"
 #include "app/host_area.h"
-#include "app/info_dialog.h"
 #include "app/main_menu.h"
 #include "app/message_dialog.h"
 #include "app/qt_settings_store.h"
 #include "app/status_panes.h"
 #include "app/tab_page.h"
-#include "core/app_settings.h"
-#include "core/language.h"
 #include "core/version.h"
-#include "workspace/tab_bench.h"
 
 namespace app {
 
 namespace {
 
-// String id of the close question.
-constexpr int kIdsExitQuestion = 3126;
-// The information commands, with the kind each reads and its title.
-struct InfoCommand
-{
-    int nCommand;
-    int nKind;
-    int nTitleId;
-};
-constexpr InfoCommand kInfoCommands[] = {
-    {3096, 2, 3093}, {3103, 3, 3106}, {3104, 4, 3107}, {3105, 5, 3108}};
-constexpr int kCmdHelp = 1095;
-constexpr int kCmdAbout = 57664;
-constexpr int kCmdExit = 57665;
 // How often the elapsed-time panes are brought up to date.
 constexpr int kElapsedTickMs = 250;
 
 } // namespace
 
-MainWindow::MainWindow(QtSettingsStore &store, QWidget *parent)
+MainWindow::MainWindow(QtSettingsStore &store, workspace::HostOptions options, QWidget *parent)
     : QMainWindow(parent)
-    , m_store(store)
     , m_host(new HostArea)
     , m_panes(new StatusPanes(this))
     , m_menu(new MainMenu(menuBar()))
@@ -56,22 +37,32 @@ MainWindow::MainWindow(QtSettingsStore &store, QWidget *parent)
 {
     setObjectName(QStringLiteral("mainWindow"));
     buildFrame();
-    m_bench = std::make_unique<workspace::TabBench>(*m_host->page(0), *m_host->page(1));
+    m_model = std::make_unique<workspace::HostModel>(
+        *this, *m_host->page(0), *m_host->page(1), store, std::move(options));
     // Messages of the tabs wait on worker threads; one queued call into this thread serves all
     // that wait by then.
-    m_bench->SetMessageNotice([this] {
+    bench().SetMessageNotice([this] {
         if (!m_bServePending.exchange(true)) {
             QMetaObject::invokeMethod(this, &MainWindow::serveMessages, Qt::QueuedConnection);
         }
     });
+    // While the model waits for a job (an open that converts, a stop), the window's events
+    // are served, so that it repaints and its commands reach the model.
+    m_model->SetEventPump([] { QCoreApplication::processEvents(QEventLoop::AllEvents); });
     connectPages();
 }
 
 MainWindow::~MainWindow()
 {
     m_elapsed->stop();
-    m_bench->SetMessageNotice({});
-    m_bench.reset();
+    // The dialogs go before the model they report to.
+    delete m_help.data();
+    for (QPointer<InfoDialog> &info : m_info) {
+        delete info.data();
+    }
+    m_model->SetEventPump({});
+    bench().SetMessageNotice({});
+    m_model.reset();
 }
 
 void MainWindow::buildFrame()
@@ -82,22 +73,24 @@ void MainWindow::buildFrame()
     m_host->setMinimumSize(m_host->sizeHint());
     setCentralWidget(m_scroll);
     connect(m_menu, &MainMenu::command, this, &MainWindow::runCommand);
-    connect(m_menu, &MainMenu::fileMenuAboutToShow, this, &MainWindow::updateMenu);
-    connect(m_host, &HostArea::tabClicked, this, &MainWindow::switchTab);
+    connect(m_menu, &MainMenu::aboutToShow, this, &MainWindow::refreshMenuStates);
+    connect(m_host, &HostArea::tabClicked, this, [this](int nTab) { m_model->SwitchTab(nTab); });
     connect(m_elapsed, &QTimer::timeout, this, [this] {
         for (int nTab = 0; nTab < 2; ++nTab) {
-            if (tab(nTab).TimerRunning()) {
-                tab(nTab).OnTimerTick();
+            if (m_model->Tab(nTab).TimerRunning()) {
+                m_model->Tab(nTab).OnTimerTick();
             }
         }
     });
     m_elapsed->start(kElapsedTickMs);
-    m_menu->rebuild();
-    // The window is as big as its host needs, and never bigger.
+    // The window is as big as its host needs, and never bigger; the bar's height is that of
+    // any one line of menu titles.
+    menuBar()->addMenu(QStringLiteral("M"));
     const int frame = 2 * m_scroll->frameWidth();
     m_designSize = QSize(m_host->sizeHint().width() + frame,
                          m_host->sizeHint().height() + frame + menuBar()->sizeHint().height() +
                              m_panes->sizeHint().height());
+    menuBar()->clear();
     setMaximumSize(m_designSize);
     resize(m_designSize);
 }
@@ -108,160 +101,113 @@ void MainWindow::connectPages()
         TabPage *page = m_host->page(nTab);
         connect(
             page, &TabPage::paneChanged, this, [this](int nFrom, int nPane, const QString &text) {
-                if (nFrom == m_host->currentTab()) {
+                if (nFrom == m_model->CurrentTab()) {
                     m_panes->setPane(nPane, text);
                 }
             });
         connect(page, &TabPage::titleChanged, this, &MainWindow::showTitle);
-        connect(page, &TabPage::controlsChanged, this, &MainWindow::updateTabButtons);
+        // A job that starts or ends changes what the menu and the tab buttons allow.
+        connect(page, &TabPage::controlsChanged, this, &MainWindow::refreshMenuStates);
     }
-}
-
-workspace::CTarnwickTab &MainWindow::tab(int nTab)
-{
-    if (nTab == 0) {
-        return m_bench->Scene();
-    }
-    return m_bench->Merge();
 }
 
 void MainWindow::serveMessages()
 {
     m_bServePending = false;
-    m_bench->ServeMessages();
+    bench().ServeMessages();
     emit messagesServed();
-    for (const QPointer<InfoDialog> &info : m_info) {
-        if (info) {
-            info->checkProbe();
-        }
+}
+
+void MainWindow::startUp(const QStringList &arguments)
+{
+    std::vector<std::string> args;
+    for (const QString &argument : arguments) {
+        args.push_back(FromQt(argument));
+    }
+    // The window shows itself at the first Relabel, before a project is opened.
+    m_model->Start(workspace::ParseCommandLine(args));
+    if (!isVisible() && !m_bClosing) {
+        placeWindow();
+        show();
     }
 }
 
-void MainWindow::startUp(const QString &project)
+void MainWindow::startUp(const QString &file)
 {
-    const std::vector<uint8_t> stored = m_store.ReadRecord();
-    if (!stored.empty()) {
-        const core::AppSettingsRecord record = core::DeserializeSettings(stored);
-        m_bench->Scene().Data().ApplySettings(record);
-        m_bench->Merge().Data().ApplySettings(record);
-    }
-    std::string error;
-    if (!core::LoadLanguage(core::ChooseStartLanguage(core::GetLanguage()), &error)) {
-        MessageDialog::ask(this, ToQt(error));
-    }
-    m_bench->Scene().Init();
-    m_bench->Merge().Init();
-    relabel();
-    placeWindow();
-    show();
-    std::string path = FromQt(project);
-    if (path.empty()) {
-        path = m_bench->Scene().Data().project_file;
-    }
-    if (!path.empty() && QFileInfo::exists(ToQt(path))) {
-        m_bench->Scene().Data().project_file.clear();
-        if (m_bench->Scene().OpenProject(path, false) == 0) {
-            std::vector<std::string> recent = m_store.ReadRecentFiles();
-            core::MemoryRecentFileList list(recent);
-            list.Add(path);
-            m_store.WriteRecentFiles(list.Entries());
-            saveSettings();
-        }
-    }
+    startUp(file.isEmpty() ? QStringList() : QStringList{file});
 }
 
 void MainWindow::placeWindow()
 {
-    const core::WindowRect &rc = m_bench->Scene().Data().rcMainWindow;
-    const bool bStored = rc.right > rc.left && rc.bottom > rc.top;
-    if (bStored) {
-        move(rc.left, rc.top);
-    }
+    const core::WindowRect rc =
+        m_model->InitialWindowRect({x(), y(), x() + width(), y() + height()});
+    move(rc.left, rc.top);
 }
 
-void MainWindow::saveSettings()
+void MainWindow::keepWindowRect()
 {
-    core::AppSettingsRecord record;
-    std::vector<std::string> recent = m_store.ReadRecentFiles();
-    core::MemoryRecentFileList list(recent);
-    m_bench->Scene().Data().CaptureSettings(record, list);
-    if (list.WriteCount() > 0) {
-        m_store.WriteRecentFiles(list.Entries());
-    }
-    m_store.WriteRecord(core::SerializeSettings(record));
+    const QRect frame = frameGeometry();
+    m_model->SetMainWindowRect(
+        {frame.left(), frame.top(), frame.left() + width(), frame.top() + height()});
 }
 
 void MainWindow::runCommand(int nCommand)
 {
-    for (const InfoCommand &info : kInfoCommands) {
-        if (info.nCommand == nCommand) {
-            openInfo(info.nKind, info.nTitleId);
-            return;
-        }
-    }
-    switch (nCommand) {
-    case kCmdHelp:
-        openHelp();
-        return;
-    case kCmdAbout:
-        openAbout();
-        return;
-    case kCmdExit:
-        close();
-        return;
-    case core::kCmdLanguageJapanese:
-        setLanguage(core::kLanguageJapanese);
-        return;
-    case core::kCmdLanguageEnglish:
-        setLanguage(core::kLanguageEnglish);
-        return;
-    default:
-        return;
+    m_model->Command(nCommand);
+}
+
+void MainWindow::refreshMenuStates()
+{
+    if (m_model && !m_model->IsShutDown()) {
+        SetMenuStates(m_model->Menu());
     }
 }
 
-void MainWindow::setLanguage(const std::string &tag)
+bool MainWindow::AskYesNo(int nMessageId)
 {
-    std::string error;
-    if (!core::LoadLanguage(tag, &error)) {
-        MessageDialog::ask(this, ToQt(error));
-    }
-    // The title of an unsaved project is a text of the table.
-    m_host->page(0)->SetTitle(m_bench->Scene().Data().BuildTitle());
-    relabel();
-    saveSettings();
+    return MessageDialog::ask(this, Text(nMessageId)) == MessageDialog::kYes;
 }
 
-void MainWindow::relabel()
+void MainWindow::ShowMessage(const std::string &text)
 {
-    m_menu->rebuild();
-    const bool bJapanese = core::IsJapanese();
-    m_menu->setChecked(core::kCmdLanguageJapanese, bJapanese);
-    m_menu->setChecked(core::kCmdLanguageEnglish, !bJapanese);
-    m_host->relabel();
-    showPanes(m_host->currentTab());
+    QMessageBox::warning(this, Text(kIdsErrorTitle), ToQt(text));
+}
+
+void MainWindow::Relabel(const workspace::HostTexts &texts)
+{
+    m_menu->rebuild(texts.menu);
+    refreshMenuStates();
+    m_host->relabel(ToQt(texts.sceneTabButton), ToQt(texts.mergeTabButton));
+    showPanes(m_model->CurrentTab());
     showTitle();
     if (m_help) {
-        m_help->relabel();
+        m_help->relabel(m_model->HelpFor(m_help->tab()));
     }
     for (const QPointer<InfoDialog> &info : m_info) {
         if (info) {
             info->relabel();
         }
     }
-}
-
-void MainWindow::updateMenu()
-{
-    m_menu->setRecentFiles(m_store.ReadRecentFiles(), true);
-}
-
-void MainWindow::switchTab(int nTab)
-{
-    if (nTab == m_host->currentTab()) {
-        return;
+    // The first texts: the window shows itself where it stood last, before a project opens.
+    if (!isVisible() && !m_bClosing) {
+        placeWindow();
+        show();
     }
-    m_bench->SetActiveTab(nTab);
+}
+
+void MainWindow::SetMenuStates(const workspace::MenuStates &states)
+{
+    m_menu->setStates(states);
+    m_host->setButtonsEnabled(states.bTabButtons);
+}
+
+void MainWindow::RecentFilesChanged(const std::vector<workspace::RecentMenuEntry> &entries)
+{
+    m_menu->setRecentFiles(entries);
+}
+
+void MainWindow::ShowTab(int nTab)
+{
     m_host->showTab(nTab);
     showPanes(nTab);
     showTitle();
@@ -283,62 +229,73 @@ void MainWindow::showTitle()
     setWindowTitle(title);
 }
 
-void MainWindow::updateTabButtons()
+void MainWindow::ShowInformation(const workspace::InformationRequest &request)
 {
-    const bool bFree =
-        m_host->page(0)->controls().bTabSwitch && m_host->page(1)->controls().bTabSwitch;
-    m_host->setButtonsEnabled(bFree);
+    const int nTab = request.nTab == 1 ? 1 : 0;
+    // One information dialog per tab: a new one replaces the one open.
+    if (m_info[nTab]) {
+        m_info[nTab]->close();
+    }
+    auto *info = new InfoDialog(*m_model, request, this);
+    if (m_infoChooser) {
+        info->setFileChooser(m_infoChooser);
+    }
+    m_info[nTab] = info;
+    info->start();
 }
 
-void MainWindow::openHelp()
+void MainWindow::ShowHelp(const workspace::HelpContent &help)
 {
-    if (m_help) {
-        return;
-    }
-    m_help = new HelpDialog(m_host->currentTab(), this);
+    m_help = new HelpDialog(help, this);
+    connect(m_help, &QObject::destroyed, this, [this] { m_model->HelpClosed(); });
     const QRect owner = geometry();
     m_help->move(owner.center() - m_help->rect().center());
     m_help->show();
 }
 
-void MainWindow::openInfo(int nKind, int nTitleId)
+void MainWindow::ShowAbout(const workspace::AboutContent &about)
 {
-    const int nTab = m_host->currentTab();
-    if (m_info[nTab]) {
-        m_info[nTab]->close();
-    }
-    const QString file = ToQt(tab(nTab).Data().PlayableInput());
-    m_info[nTab] = new InfoDialog(tab(nTab), nKind, nTitleId, file, this);
-    m_info[nTab]->start();
+    AboutDialog dialog(about, this);
+    m_about = &dialog;
+    dialog.exec();
 }
 
-void MainWindow::openAbout()
+void MainWindow::CloseWindow()
 {
-    AboutDialog about(this);
-    about.exec();
+    m_bClosing = true;
+    if (m_help) {
+        m_help->close();
+    }
+    for (const QPointer<InfoDialog> &info : m_info) {
+        if (info) {
+            info->close();
+        }
+    }
+    // Inside the close event the event itself is accepted; inside a wait the window closes
+    // once its loop runs again.
+    if (m_bInCloseEvent) {
+        return;
+    }
+    if (m_model->InWait()) {
+        QMetaObject::invokeMethod(this, &QWidget::close, Qt::QueuedConnection);
+    } else {
+        close();
+    }
 }
 
 void MainWindow::closeEvent(QCloseEvent *event)
 {
     if (!m_bClosing) {
-        const int answer =
-            m_nCloseAnswer != 0 ? m_nCloseAnswer : MessageDialog::ask(this, Text(kIdsExitQuestion));
-        if (answer != MessageDialog::kYes) {
-            event->ignore();
-            return;
-        }
-        m_bClosing = true;
+        keepWindowRect();
+        m_bInCloseEvent = true;
+        m_model->RequestExit();
+        m_bInCloseEvent = false;
     }
-    const QRect frame = frameGeometry();
-    m_bench->Scene().Data().rcMainWindow = {
-        frame.left(), frame.top(), frame.left() + width(), frame.top() + height()};
-    m_bench->Scene().StopProcess();
-    m_bench->Merge().StopProcess();
-    saveSettings();
-    if (m_help) {
-        m_help->close();
+    if (m_bClosing) {
+        event->accept();
+    } else {
+        event->ignore();
     }
-    event->accept();
 }
 
 void MainWindow::changeEvent(QEvent *event)

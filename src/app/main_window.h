@@ -1,24 +1,22 @@
 // The main window: menu bar, the host of the two tabs in a scrolling area, and the status bar.
-// It is a view: menu commands, tab buttons and closing go to the models; what the models tell
-// their views is shown here.
+// It is the view of the host model (workspace::HostModel, which owns both tabs): menu commands,
+// tab buttons and closing go to the model; what the model tells its view is shown here.
 #pragma once
 
 #include <QMainWindow>
 #include <QPointer>
+#include <QStringList>
 
 #include <atomic>
 #include <memory>
 
+#include "app/about_dialog.h"
 #include "app/help_dialog.h"
 #include "app/info_dialog.h"
+#include "workspace/host_model.h"
 
 class QScrollArea;
 class QTimer;
-
-namespace workspace {
-class CTarnwickTab;
-class TabBench;
-} // namespace workspace
 
 namespace app {
 
@@ -27,33 +25,51 @@ class MainMenu;
 class QtSettingsStore;
 class StatusPanes;
 
-class MainWindow : public QMainWindow
+class MainWindow : public QMainWindow, public workspace::HostView
 {
     Q_OBJECT
 public:
-    // store must outlive the window.
-    explicit MainWindow(QtSettingsStore &store, QWidget *parent = nullptr);
+    // store must outlive the window. options go to the host model (the system's language).
+    explicit MainWindow(QtSettingsStore &store,
+                        workspace::HostOptions options = {},
+                        QWidget *parent = nullptr);
     ~MainWindow() override;
 
-    // Start-up: settings, language, both tabs, then the project named (may be empty).
-    void startUp(const QString &project);
+    // Start-up: the window placed and shown, then the host model's start with the program's
+    // arguments (without the program's name): settings, language, both tabs, the project or
+    // video named.
+    void startUp(const QStringList &arguments);
+    // The same with one file named, or none.
+    void startUp(const QString &file);
 
-    workspace::TabBench &bench() { return *m_bench; }
+    workspace::HostModel &model() { return *m_model; }
+    workspace::TabBench &bench() { return m_model->Bench(); }
     HostArea *host() const { return m_host; }
     StatusPanes *panes() const { return m_panes; }
     MainMenu *mainMenu() const { return m_menu; }
     QScrollArea *scrollArea() const { return m_scroll; }
     HelpDialog *helpDialog() const { return m_help; }
     InfoDialog *infoDialog(int nTab) const { return m_info[nTab]; }
+    AboutDialog *aboutDialog() const { return m_about; }
     // The largest size of the window: the size its host is designed for.
     QSize designSize() const { return m_designSize; }
 
     // Runs one menu command, as its item does.
     void runCommand(int nCommand);
-    // Every text of the window and its open dialogs again in the current language.
-    void relabel();
-    // The answer the close question gets without asking (tests): 0 asks the user.
-    void setCloseAnswer(int nAnswer) { m_nCloseAnswer = nAnswer; }
+    // The chooser the information dialogs ask with instead of the file dialog (tests).
+    void setInformationChooser(InfoDialog::Chooser chooser) { m_infoChooser = std::move(chooser); }
+
+    // workspace::HostView
+    bool AskYesNo(int nMessageId) override;
+    void ShowMessage(const std::string &text) override;
+    void Relabel(const workspace::HostTexts &texts) override;
+    void SetMenuStates(const workspace::MenuStates &states) override;
+    void RecentFilesChanged(const std::vector<workspace::RecentMenuEntry> &entries) override;
+    void ShowTab(int nTab) override;
+    void ShowInformation(const workspace::InformationRequest &request) override;
+    void ShowHelp(const workspace::HelpContent &help) override;
+    void ShowAbout(const workspace::AboutContent &about) override;
+    void CloseWindow() override;
 
 signals:
     // The tabs' waiting messages have been served.
@@ -67,31 +83,25 @@ private:
     void buildFrame();
     void connectPages();
     void serveMessages();
-    void switchTab(int nTab);
+    void refreshMenuStates();
     void showPanes(int nTab);
     void showTitle();
-    void updateTabButtons();
-    void updateMenu();
-    void openHelp();
-    void openInfo(int nKind, int nTitleId);
-    void openAbout();
-    void setLanguage(const std::string &tag);
     void placeWindow();
-    void saveSettings();
-    workspace::CTarnwickTab &tab(int nTab);
+    void keepWindowRect();
 
-    QtSettingsStore &m_store;
     HostArea *m_host;
     StatusPanes *m_panes;
     MainMenu *m_menu;
     QScrollArea *m_scroll;
     QTimer *m_elapsed;
-    std::unique_ptr<workspace::TabBench> m_bench;
+    std::unique_ptr<workspace::HostModel> m_model;
     std::atomic<bool> m_bServePending{false};
     QPointer<HelpDialog> m_help;
     QPointer<InfoDialog> m_info[2];
+    QPointer<AboutDialog> m_about;
+    InfoDialog::Chooser m_infoChooser;
     QSize m_designSize;
-    int m_nCloseAnswer = 0;
+    bool m_bInCloseEvent = false;
     bool m_bClosing = false;
 };
 

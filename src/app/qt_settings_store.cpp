@@ -10,17 +10,9 @@ namespace app {
 
 namespace {
 
-QString RecentKey(size_t index)
+QString Key(const std::string &section, const std::string &entry)
 {
-    return QStringLiteral("%1/File%2")
-        .arg(QLatin1String(core::kRecentFilesSection))
-        .arg(static_cast<int>(index) + 1);
-}
-
-QString RecordKey()
-{
-    return QStringLiteral("%1/%2").arg(QLatin1String(core::kSettingsSection),
-                                       QLatin1String(core::kSettingsEntry));
+    return QString::fromStdString(section) + QLatin1Char('/') + QString::fromStdString(entry);
 }
 
 } // namespace
@@ -40,47 +32,55 @@ QtSettingsStore::QtSettingsStore(const std::string &path)
 
 QtSettingsStore::~QtSettingsStore() = default;
 
-std::vector<uint8_t> QtSettingsStore::ReadRecord() const
+std::optional<std::vector<uint8_t>> QtSettingsStore::ReadBytes(const std::string &section,
+                                                               const std::string &entry) const
 {
-    const QByteArray bytes = m_settings->value(RecordKey()).toByteArray();
+    const QVariant value = m_settings->value(Key(section, entry));
+    if (!value.isValid() || value.typeId() != QMetaType::QByteArray) {
+        return std::nullopt;
+    }
+    const QByteArray bytes = value.toByteArray();
     return std::vector<uint8_t>(bytes.begin(), bytes.end());
 }
 
-void QtSettingsStore::WriteRecord(const std::vector<uint8_t> &bytes)
+std::optional<std::string> QtSettingsStore::ReadText(const std::string &section,
+                                                     const std::string &entry) const
 {
-    m_settings->setValue(RecordKey(),
-                         QByteArray(reinterpret_cast<const char *>(bytes.data()),
-                                    static_cast<qsizetype>(bytes.size())));
-    m_settings->sync();
+    const QVariant value = m_settings->value(Key(section, entry));
+    if (!value.isValid() || value.typeId() == QMetaType::QByteArray) {
+        return std::nullopt;
+    }
+    return value.toString().toStdString();
 }
 
-std::vector<std::string> QtSettingsStore::ReadRecentFiles() const
+bool QtSettingsStore::WriteBytes(const std::string &section,
+                                 const std::string &entry,
+                                 const std::vector<uint8_t> &value)
 {
-    std::vector<std::string> entries;
-    for (size_t i = 0; i < core::kRecentFileCount; ++i) {
-        entries.push_back(m_settings->value(RecentKey(i)).toString().toStdString());
-    }
-    while (!entries.empty() && entries.back().empty()) {
-        entries.pop_back();
-    }
-    return entries;
+    m_settings->setValue(Key(section, entry),
+                         QByteArray(reinterpret_cast<const char *>(value.data()),
+                                    static_cast<qsizetype>(value.size())));
+    return Sync();
 }
 
-void QtSettingsStore::WriteRecentFiles(const std::vector<std::string> &entries)
+bool QtSettingsStore::WriteText(const std::string &section,
+                                const std::string &entry,
+                                const std::string &value)
 {
-    for (size_t i = 0; i < core::kRecentFileCount; ++i) {
-        if (i < entries.size() && !entries[i].empty()) {
-            m_settings->setValue(RecentKey(i), QString::fromStdString(entries[i]));
-        } else {
-            m_settings->remove(RecentKey(i));
-        }
-    }
-    m_settings->sync();
+    m_settings->setValue(Key(section, entry), QString::fromStdString(value));
+    return Sync();
 }
 
-void QtSettingsStore::Flush()
+bool QtSettingsStore::RemoveEntry(const std::string &section, const std::string &entry)
+{
+    m_settings->remove(Key(section, entry));
+    return Sync();
+}
+
+bool QtSettingsStore::Sync()
 {
     m_settings->sync();
+    return m_settings->status() == QSettings::NoError;
 }
 
 std::string QtSettingsStore::FilePath() const

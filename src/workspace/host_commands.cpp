@@ -372,8 +372,15 @@ HostResult HostModel::Help()
     if (m_bShutDown || m_bHelpOpen) {
         return HostResult::Refused;
     }
+    m_bHelpOpen = true;
+    m_view.ShowHelp(HelpFor(m_nCurrentTab));
+    return HostResult::Done;
+}
+
+HelpContent HostModel::HelpFor(int nTab) const
+{
     HelpContent help;
-    help.nTab = m_nCurrentTab;
+    help.nTab = nTab == 1 ? 1 : 0;
     help.title = core::LoadStringById(kIdsHelpTitle);
     std::vector<std::string> folders = m_options.manualFolders;
     if (folders.empty()) {
@@ -381,7 +388,7 @@ HostResult HostModel::Help()
         folders = {(exe / "doc").string(),
                    (exe / ".." / "share" / "tarnwickmp4" / "doc").lexically_normal().string()};
     }
-    const std::string name = core::ManualFileName(m_nCurrentTab);
+    const std::string name = core::ManualFileName(help.nTab);
     for (const std::string &folder : folders) {
         const std::string path = (std::filesystem::path(folder) / name).string();
         if (PathExists(path)) {
@@ -390,9 +397,7 @@ HostResult HostModel::Help()
             break;
         }
     }
-    m_bHelpOpen = true;
-    m_view.ShowHelp(help);
-    return HostResult::Done;
+    return help;
 }
 
 void HostModel::HelpClosed()

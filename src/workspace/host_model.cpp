@@ -1,6 +1,7 @@
 // The host as a model: start-up, settings, recent list, tab switch, close question, shutdown.
 #include "workspace/host_model.h"
 
+#include <cctype>
 #include <filesystem>
 #include <system_error>
 
@@ -15,6 +16,20 @@ bool PathExists(const std::string &path)
 {
     std::error_code ec;
     return !path.empty() && std::filesystem::exists(path, ec);
+}
+
+// A project file by its name: the extension ".twproj" in any case.
+bool IsProjectPath(const std::string &path)
+{
+    const std::string ext = std::filesystem::path(path).extension().string();
+    if (ext.size() != 7) {
+        return false;
+    }
+    std::string lower;
+    for (const char c : ext) {
+        lower += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    }
+    return lower == ".twproj";
 }
 
 } // namespace
@@ -89,7 +104,10 @@ StartReport HostModel::Start(const CommandLine &commandLine)
     // last project is on. A path that does not exist is passed over without a word.
     const std::string path =
         !commandLine.project.empty() ? commandLine.project : Scene().Data().project_file;
-    if (PathExists(path)) {
+    if (PathExists(path) && !IsProjectPath(path)) {
+        report.project = path;
+        Scene().DropFiles({path});
+    } else if (PathExists(path)) {
         // Not the same-path shortcut of an open: the project is read for real.
         Scene().Data().project_file.clear();
         report.project = path;

@@ -80,7 +80,8 @@ public:
     // system's, else "en-US") loaded, both tabs started, the project opened (the command
     // line's, else the remembered one, which the record gives only when reopening the last
     // project is on; a path that does not exist is ignored without a message), and the
-    // window relabelled with its menu states.
+    // window relabelled with its menu states. A command line's file that is not a project
+    // (a video the desktop hands over) is taken as a dropped file is.
     StartReport Start(const CommandLine &commandLine);
 
     // ---- The main menu, by command number (menu_states.h); Refused for an unknown number
@@ -115,6 +116,9 @@ public:
     // Opens the help viewer for the tab in front; does nothing while one is open.
     HostResult Help();
     void HelpClosed();
+    // The help viewer's content for a tab's manual in the current language (an open viewer
+    // shows it anew after a change of language).
+    HelpContent HelpFor(int nTab) const;
     bool HelpOpen() const { return m_bHelpOpen; }
     // Opens recent entry nIndex (from 0). An entry whose file has gone is removed, the list
     // written, without a message (Failed).

@@ -92,7 +92,7 @@ TEST(MainWindowJobs, StartsWithTheProjectNamedAndShowsIt)
     EXPECT_FALSE(window.panes()->pane(workspace::kPaneStage).isEmpty());
     EXPECT_FALSE(window.panes()->pane(workspace::kPaneState).isEmpty());
     // The project opened is first on the recent list of the file menu.
-    emit window.mainMenu()->fileMenuAboutToShow();
+    emit window.mainMenu()->aboutToShow();
     QStringList recent;
     for (QAction *action : window.mainMenu()->fileMenu()->actions()) {
         if (!action->data().toString().isEmpty()) {
@@ -117,7 +117,7 @@ TEST(MainWindowJobs, AStopWhileTheJobSendsABlockingMessageDoesNotDeadlock)
     testsupport::TempDir dir;
     const std::string clip = testsupport::MakeLongClip(dir);
     app::MainWindow window(rig.store);
-    window.startUp({});
+    window.startUp(QStringList());
     StartLongExtraction(window, clip);
     workspace::CTarnwickTabScene &scene = window.bench().Scene();
     // The stop is pressed from the window's own loop, while the scan keeps sending the stage
@@ -140,7 +140,7 @@ TEST(MainWindowJobs, ClosingDuringAnExtractionAsksStopsAndKeepsTheFinishedScenes
     testsupport::TempDir dir;
     const std::string clip = testsupport::MakeLongClip(dir);
     app::MainWindow window(rig.store);
-    window.startUp({});
+    window.startUp(QStringList());
     StartLongExtraction(window, clip);
     workspace::CTarnwickTabScene &scene = window.bench().Scene();
     int nAsked = 0;

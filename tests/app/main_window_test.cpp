@@ -39,7 +39,7 @@ TEST(MainWindow, StartsWithBothTabButtonsStatusPanesAndMenus)
     StoreRig rig;
     core::SetLanguage(core::kLanguageEnglish);
     app::MainWindow window(rig.store);
-    window.startUp({});
+    window.startUp(QStringList());
     ASSERT_TRUE(apptest::RunEventsUntil([&] { return window.isVisible(); }));
     // Laid out whole: the host shows without scroll bars.
     ASSERT_TRUE(apptest::RunEventsUntil([&] {
@@ -68,7 +68,7 @@ TEST(MainWindow, TheTabButtonsSwitchThePageAndItsStatusPanes)
     StoreRig rig;
     core::SetLanguage(core::kLanguageEnglish);
     app::MainWindow window(rig.store);
-    window.startUp({});
+    window.startUp(QStringList());
     window.host()->button(1)->click();
     EXPECT_EQ(window.host()->currentTab(), 1);
     EXPECT_TRUE(window.host()->button(1)->isCurrent());
@@ -86,7 +86,7 @@ TEST(MainWindow, ALanguageSwitchRelabelsMenusButtonsAndPanes)
     StoreRig rig;
     core::SetLanguage(core::kLanguageEnglish);
     app::MainWindow window(rig.store);
-    window.startUp({});
+    window.startUp(QStringList());
     window.runCommand(core::kCmdLanguageJapanese);
     EXPECT_TRUE(core::IsJapanese());
     EXPECT_EQ(window.host()->button(0)->text().toStdString(), "シーン編集");
@@ -110,7 +110,7 @@ TEST(MainWindow, ASecondStartComesUpInTheChosenLanguageWhereTheFirstWindowStood)
     core::SetLanguage(core::kLanguageEnglish);
     {
         app::MainWindow window(rig.store);
-        window.startUp({});
+        window.startUp(QStringList());
         window.move(97, 61);
         ASSERT_TRUE(apptest::RunEventsUntil([&] { return window.pos() == QPoint(97, 61); }));
         window.resize(500, 400);
@@ -123,7 +123,7 @@ TEST(MainWindow, ASecondStartComesUpInTheChosenLanguageWhereTheFirstWindowStood)
     }
     core::SetLanguage("");
     app::MainWindow again(rig.store);
-    again.startUp({});
+    again.startUp(QStringList());
     EXPECT_TRUE(core::IsJapanese());
     EXPECT_EQ(again.host()->button(0)->text().toStdString(), "シーン編集");
     ASSERT_TRUE(apptest::RunEventsUntil([&] { return again.pos() == QPoint(97, 61); }, 10));
@@ -136,7 +136,7 @@ TEST(MainWindow, NoToTheCloseQuestionKeepsTheWindow)
     TestApp();
     StoreRig rig;
     app::MainWindow window(rig.store);
-    window.startUp({});
+    window.startUp(QStringList());
     int nAsked = 0;
     {
         const auto answers = apptest::AnswerQuestions(app::MessageDialog::kNo, &nAsked);
@@ -151,7 +151,7 @@ TEST(MainWindow, MaximizeGrowsASmallWindowToItsDesignSizeWhereItStands)
     TestApp();
     StoreRig rig;
     app::MainWindow window(rig.store);
-    window.startUp({});
+    window.startUp(QStringList());
     window.resize(600, 300);
     window.move(20, 30);
     ASSERT_TRUE(apptest::RunEventsUntil([&] { return window.size() == QSize(600, 300); }, 10));
