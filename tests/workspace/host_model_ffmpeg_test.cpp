@@ -92,6 +92,19 @@ TEST(HostModel, ACommandLinePathWinsOverTheRememberedProject)
     EXPECT_EQ(again.Start({}).project, projectA) << "the last project of the run before";
 }
 
+TEST(HostModel, AVideoOnTheCommandLineIsOpenedAsADroppedOneIs)
+{
+    HostRig rig;
+    const std::string video = SmallClip(rig.dir, "handed.mp4");
+    workspace::HostModel &host = rig.Make();
+    const workspace::StartReport report = host.Start(workspace::ParseCommandLine({video}));
+    EXPECT_EQ(report.project, video);
+    EXPECT_EQ(host.Scene().Data().input_file, video);
+    EXPECT_EQ(host.Scene().LastJob().nResult, 0);
+    EXPECT_TRUE(rig.view.messages.empty());
+    EXPECT_TRUE(rig.sceneView.errors.empty());
+}
+
 TEST(HostModel, EverySuccessfulOpenPutsTheProjectFirstInTheRecentListOfFive)
 {
     HostRig rig;
