@@ -16,6 +16,7 @@ packages=(
     libopencv-core-dev libopencv-imgproc-dev libopencv-imgcodecs-dev
     qt6-base-dev libx11-dev
     libgtest-dev xvfb xauth
+    desktop-file-utils appstream
 )
 
 missing=()

@@ -146,6 +146,9 @@ public:
     // Exchange of fields to controls.
     void ShowFields() { m_view.ShowFields(Fields()); }
     void ResetStatusBar();
+    // After a change of language: the stage and state panes translated in place, every row
+    // and the controls shown again (texts that depend on the language follow).
+    void ApplyLanguage();
     const std::string &StatusPane(int nPane) const { return m_panes[nPane]; }
     int ProgressPercent() const { return m_nProgress; }
 

@@ -15,7 +15,8 @@ class HeadlessSink;
 
 namespace workspace {
 class TabHost;
-}
+class WaitLoop;
+} // namespace workspace
 
 namespace workspace {
 
@@ -46,6 +47,15 @@ public:
     void SetMessageNotice(std::function<void()> notice);
     // Owning thread: handles every message waiting now.
     void ServeMessages();
+    // A window's own event loop during waits: while the host or a tab waits for a job (an open
+    // that analyses or converts, a stop, the folder and name commands, RunUntil), pump is called
+    // on the owning thread in every round of the wait, so that the window stays alive and its
+    // Stop button reaches the tab. A wait that begins inside pump (a stop pressed meanwhile)
+    // only serves the tabs' messages: pump is never entered twice. Empty: no pump.
+    void SetEventPump(std::function<void()> pump);
+    // Owning thread: pump is running, that is, a wait is in progress and the window's events
+    // are being served inside it. Commands that would start work refuse then.
+    bool InWait() const;
     // Serves messages until tab's job has ended, or until stopRequested() holds, which stops
     // the job (no tool is left). True when the job ended by itself.
     bool WaitForJob(CTarnwickTab &tab, const std::function<bool()> &stopRequested);
@@ -54,6 +64,7 @@ public:
 
 private:
     std::unique_ptr<engine::HeadlessSink> m_loop;
+    std::unique_ptr<WaitLoop> m_waitLoop; // the tabs' loop: m_loop and the event pump
     std::unique_ptr<TabHost> m_host;
     std::unique_ptr<CTarnwickTabScene> m_scene;
     std::unique_ptr<CTarnwickTabMerge> m_merge;

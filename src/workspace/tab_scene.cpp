@@ -199,6 +199,9 @@ int CTarnwickTabScene::AnalyzeInput(bool bProjectLoad)
     }
     if (r == 0) {
         SaveProject(false);
+        if (m_openNotice) {
+            m_openNotice(m_Data.project_file);
+        }
     }
     StopElapsedTimer();
     UpdateControls(true);

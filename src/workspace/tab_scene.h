@@ -76,6 +76,12 @@ public:
     // is in LastProjectRead.
     int OpenProjectList(const std::string &given);
     const ProjectReadReport &LastProjectRead() const { return m_projectRead; }
+    // Called with project_file after every successful opening of a video or project (the
+    // host enters it in the recent list and saves the settings). Owning thread.
+    void SetOpenNotice(std::function<void(const std::string &)> notice)
+    {
+        m_openNotice = std::move(notice);
+    }
     void SaveProject(bool bForce);
     // Save as: false when the file could not be written (project_file keeps its value), with
     // the reason in LastSaveError.
@@ -208,6 +214,7 @@ private:
 
     CaptionEditor m_captions;
     ProjectReadReport m_projectRead;
+    std::function<void(const std::string &)> m_openNotice;
     std::string m_saveError;
     core::ParamRange m_CellValue;
     bool m_bCellEdit = false;
