@@ -124,7 +124,7 @@ bool Converted(EngineRig &rig)
     return std::find(stages.begin(), stages.end(), "Change MP4") != stages.end();
 }
 
-TEST(AnalyzeInputFile, WorkingFileOfAnotherVideoOfTheSameNameIsMadeAnew)
+TEST(AnalyzeInputFile, WorkingFileOfAnotherVideoOfTheSameNameIsKeptBesideItsOwn)
 {
     testsupport::TempDir dir;
     fs::create_directories(dir.file("A"));
@@ -134,21 +134,38 @@ TEST(AnalyzeInputFile, WorkingFileOfAnotherVideoOfTheSameNameIsMadeAnew)
     ASSERT_TRUE(testsupport::MakeClip(a, "testsrc2=size=160x120:rate=25:duration=2"));
     ASSERT_TRUE(testsupport::MakeClip(b, "testsrc2=size=160x120:rate=25:duration=3"));
     const std::string folder = dir.file("out");
-    const std::string working = folder + "/cam_input_ch.mp4";
-    // Each order, and each again after the other: the file always holds the video opened.
-    for (const auto &[clip, frames] : {std::pair{a, 50}, std::pair{b, 75}, std::pair{a, 50}}) {
-        SCOPED_TRACE(clip);
+    const std::string workingA = folder + "/cam_input_ch.mp4";
+    const std::string workingB = folder + "/cam_input_ch_2.mp4";
+    // Each video gets its own working file, made once and then used again, in either order.
+    struct Opening
+    {
+        std::string clip;
+        int frames;
+        std::string working;
+        bool bConverted;
+    };
+    const std::vector<Opening> openings = {{a, 50, workingA, true},
+                                           {b, 75, workingB, true},
+                                           {a, 50, workingA, false},
+                                           {b, 75, workingB, false}};
+    for (const Opening &opening : openings) {
+        SCOPED_TRACE(opening.clip);
         EngineRig rig;
-        ASSERT_EQ(OpenInto(rig, clip, folder), 0);
-        EXPECT_TRUE(Converted(rig));
-        EXPECT_EQ(rig.data.input_mp4_file, working);
-        EXPECT_EQ(rig.data.viInput.frame_num, frames);
-        EXPECT_EQ(rig.data.pts_list.size(), static_cast<size_t>(frames) + 1);
-        EXPECT_TRUE(core::MadeFromSource(working, clip));
+        ASSERT_EQ(OpenInto(rig, opening.clip, folder), 0);
+        EXPECT_EQ(Converted(rig), opening.bConverted);
+        EXPECT_EQ(rig.data.input_mp4_file, opening.working);
+        EXPECT_EQ(rig.data.viInput.frame_num, opening.frames);
+        EXPECT_EQ(rig.data.pts_list.size(), static_cast<size_t>(opening.frames) + 1);
+        EXPECT_TRUE(core::MadeFromSource(opening.working, opening.clip));
     }
-    EngineRig again;
-    ASSERT_EQ(OpenInto(again, a, folder), 0);
-    EXPECT_FALSE(Converted(again)); // made from this very file: used again
+    // A gone, its file is made anew for the next video of that name.
+    fs::remove(a);
+    fs::rename(b, a);
+    EngineRig moved;
+    ASSERT_EQ(OpenInto(moved, a, folder), 0);
+    EXPECT_TRUE(Converted(moved));
+    EXPECT_EQ(moved.data.input_mp4_file, workingA);
+    EXPECT_EQ(moved.data.viInput.frame_num, 75);
 }
 
 TEST(AnalyzeInputFile, WorkingFileWithoutARecordOfItsSourceIsMadeAnew)
