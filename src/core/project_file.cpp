@@ -149,9 +149,16 @@ bool CTarnwickData::SaveProjectFile(const std::string &path, std::string *pError
         detail::SetError(pError, writeError);
         return false;
     }
-    project_file = path;
+    {
+        // Under the lock: a helper thread may be copying the data meanwhile.
+        std::lock_guard<std::mutex> lock(sceneLock.m);
+        if (project_file != path) {
+            project_file = path;
+        }
+    }
     return true;
 }
+
 namespace detail {
 
 ValueRole RoleOfKey(ValueRole parent, const std::string &key)
