@@ -3,10 +3,13 @@
 #include "engine/tarnwick_process.h"
 
 #include <cmath>
+#include <optional>
+#include <utility>
 #include <vector>
 
 #include "core/app_log.h"
 #include "core/helpers.h"
+#include "engine/probe_cache.h"
 #include "engine/probe_json.h"
 #include "engine/scan_command.h"
 
@@ -20,9 +23,15 @@ int CTarnwickProcess::GetVideoInfoFfprobe(const std::string &path, core::VideoIn
     if (!CommandCarriesPaths("CTarnwickProcess::GetVideoInfoFfprobe", __LINE__, command, {path})) {
         return 1;
     }
+    // The same unchanged file is not probed twice: its facts are kept from the first probe.
     std::string text;
-    if (ExecuteCmd(command, &text) != 0) {
-        return 1; // also a stop: -2 does not pass through here
+    if (std::optional<std::string> kept = CachedProbeText(path)) {
+        text = std::move(*kept);
+    } else {
+        if (ExecuteCmd(command, &text) != 0) {
+            return 1; // also a stop: -2 does not pass through here
+        }
+        KeepProbeText(path, text);
     }
     if (!ProbeVideoJson(text, path, info)) {
         return -1;
