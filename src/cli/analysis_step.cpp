@@ -100,8 +100,7 @@ int ScanSession::MeasurePicture(const std::string &command,
 void ScanSession::PlanNames(const std::string &video)
 {
     std::error_code ec;
-    core::DeriveProjectNames(data, std::filesystem::absolute(video, ec).string());
-    data.input_file.clear(); // the open itself sets it
+    Tab().PlanProjectNames(std::filesystem::absolute(video, ec).string(), false);
 }
 
 bool ScanSession::Lock(const std::string &head, const std::string &owner, std::ostream &err)
@@ -115,8 +114,8 @@ int OpenForJob(ScanKind kind, const ScanArgs &parsed, ScanSession &session, CliO
     const std::string command = CommandName(kind);
     const std::string head = "tarnwickmp4-cli " + command + ": ";
     workspace::CTarnwickTabScene &tab = session.Tab();
-    core::CTarnwickData &data = session.data;
-    data.bAutoSave = 1; // the tab saves the project as it goes, as the window's does
+    const core::CTarnwickData &data = session.data;
+    tab.SetAutoSave(true); // the tab saves the project as it goes, as the window's does
     ApplyNames(tab, parsed.options);
     session.PlanNames(parsed.video);
     if (kind == ScanKind::Run) {

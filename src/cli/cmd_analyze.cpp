@@ -112,10 +112,10 @@ int RunAnalyze(const std::vector<std::string> &args, CliOutput &io)
     ApplyNames(session.Tab(), parsed.options);
     session.PlanNames(parsed.video);
     if (parsed.options.preset) {
-        session.data.nEncodePreset = *parsed.options.preset;
+        session.Tab().SetEncodePreset(*parsed.options.preset);
     }
     if (parsed.options.cuda) {
-        session.data.bUseCuda = 1;
+        session.Tab().SetUseCuda(true);
     }
     if (!session.Lock("tarnwickmp4-cli analyze: ", "analyze " + parsed.video, io.err)) {
         return kExitFailed;

@@ -24,7 +24,7 @@ int Measure(ScanSession &session,
             const std::string &folder,
             std::ostream &err)
 {
-    session.data.output_folder = folder;
+    session.Tab().PresetOutputNames(folder, session.data.output_name);
     AnalysisOutcome analysis = session.OpenVideo(video);
     int status = ReportAnalysisFailure("autopicture", video, analysis, session, err);
     if (status >= 0) {

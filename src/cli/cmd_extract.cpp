@@ -58,7 +58,7 @@ bool AllSegmentsWritten(const core::CTarnwickData &data,
 
 void KeepStoppedOpening(const ScanArgs &parsed, ScanSession &session)
 {
-    core::CTarnwickData &data = session.data;
+    const core::CTarnwickData &data = session.data;
     if (data.input_file.empty()) {
         return; // stopped before the open replaced anything
     }
@@ -83,7 +83,7 @@ int RunExtract(const std::vector<std::string> &args, CliOutput &io)
         return status;
     }
     ScanSession session;
-    core::CTarnwickData &data = session.data;
+    const core::CTarnwickData &data = session.data;
     status = OpenForJob(ScanKind::Extract, parsed, session, io);
     if (status == kExitStopped) {
         KeepStoppedOpening(parsed, session);
@@ -108,10 +108,9 @@ int RunExtract(const std::vector<std::string> &args, CliOutput &io)
         !AllSegmentsWritten(data, outcome.cutResults, LooksTruncated(outcome), io.err)) {
         status = kExitFailed;
     }
-    std::string error;
-    const bool saved = data.SaveProjectFile(data.project_file, &error);
+    const bool saved = session.Tab().SaveProject(true);
     if (!saved) {
-        io.err << kHead << error << "\n";
+        io.err << kHead << session.Tab().LastSaveError() << "\n";
     }
     if (parsed.json) {
         nlohmann::ordered_json root = ScenesJson(parsed.video, data, outcome.defaultScene, true);

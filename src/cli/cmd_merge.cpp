@@ -8,6 +8,7 @@
 #include <ostream>
 #include <string>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 #include <unistd.h>
@@ -181,7 +182,7 @@ void PrepareMergeProject(core::CTarnwickData &data, const MergeArgs &args)
 }
 
 // The source of the first row that the analysis could not finish; empty when all were.
-std::string FirstUnanalysed(core::CTarnwickData &data)
+std::string FirstUnanalysed(const core::CTarnwickData &data)
 {
     std::lock_guard<std::mutex> lock(data.sceneLock.m);
     for (const core::SceneEntry &row : data.diff_list) {
@@ -236,7 +237,7 @@ int RunMerge(const std::vector<std::string> &args, CliOutput &io)
         files.push_back(row.strWorkFile);
     }
     tab.DropFiles(files);
-    const core::CTarnwickData &data = tab.Data();
+    const core::CTarnwickData &data = std::as_const(tab).Data();
     if (session.StopRequested()) {
         // A stop kills the probe of the drop too; the file it was reading is not to blame.
         io.err << kHead << "stopped before the merge began\n";
@@ -263,7 +264,7 @@ int RunMerge(const std::vector<std::string> &args, CliOutput &io)
     if (result != 0) {
         const std::string reason =
             outcome.failure.empty() ? core::StrPrintf("ExitCode(%d)", result) : outcome.failure;
-        const std::string unanalysed = FirstUnanalysed(tab.Data());
+        const std::string unanalysed = FirstUnanalysed(data);
         if (!unanalysed.empty()) {
             io.err << kHead << PrintablePath(unanalysed) << ": could not be read as a video ("
                    << reason << ")\n";

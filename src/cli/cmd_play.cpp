@@ -118,7 +118,7 @@ int Play(ScanSession &session,
 {
     const std::string head = "tarnwickmp4-cli play: ";
     workspace::CTarnwickTabScene &tab = session.Tab();
-    session.data.output_folder = folder;
+    tab.PresetOutputNames(folder, session.data.output_name);
     AnalysisOutcome analysis = session.OpenVideo(video);
     if (analysis.stopped) {
         io.err << head << video << ": stopped\n";
@@ -129,7 +129,7 @@ int Play(ScanSession &session,
         return kExitBadInput;
     }
     if (args.volume >= 0) {
-        session.data.play_vol = args.volume;
+        tab.SetVolume(args.volume);
     }
     io.err << head << video << " from " << tab.PlayStart(args.from) << " seconds\n";
     PositionLine line(io.err);

@@ -120,11 +120,10 @@ int ReportJob(const std::string &command,
 
 // Saves what the job left in the project (recut scenes have new records); false with a line
 // on err when the file cannot be written.
-bool SaveAfterJob(const std::string &head, core::CTarnwickData &data, std::ostream &err)
+bool SaveAfterJob(const std::string &head, workspace::CTarnwickTabScene &tab, std::ostream &err)
 {
-    std::string error;
-    if (!data.SaveProjectFile(data.project_file, &error)) {
-        err << head << error << "\n";
+    if (!tab.SaveProject(true)) {
+        err << head << tab.LastSaveError() << "\n";
         return false;
     }
     return true;
@@ -174,15 +173,14 @@ int RunProjectJob(const std::string &command,
     if (!session.Lock(head, command + " " + parsed.project, io.err)) {
         return kExitFailed;
     }
-    session.data.bAutoSave = 1; // the tab saves the project as it goes, as the window's does
+    tab.SetAutoSave(true); // the tab saves the project as it goes, as the window's does
     ProgressLine progress(io.err, isatty(STDERR_FILENO) != 0);
     session.View().Follow(&progress);
     AnalysisOutcome analysis;
     if (folder != savedFolder || name != savedName) {
         // Other names: the tab's folder and name boxes, the paths following the folder, with
         // the project saved and opened once.
-        session.data.output_folder = savedFolder;
-        session.data.output_name = savedName;
+        tab.PresetOutputNames(savedFolder, savedName);
         analysis = session.ChangeOutputNames(folder, name);
     } else {
         analysis = session.OpenProject(project);
@@ -204,7 +202,7 @@ int RunProjectJob(const std::string &command,
     }
     JobOutcome outcome = session.RunJob([&tab, start] { (tab.*start)(); }, &progress);
     status = ReportJob(command, parsed.project, outcome, io.err);
-    if (!SaveAfterJob(head, session.data, io.err)) {
+    if (!SaveAfterJob(head, tab, io.err)) {
         return status >= 0 ? status : kExitFailed;
     }
     if (status >= 0) {
@@ -249,7 +247,7 @@ int RunRun(const std::vector<std::string> &args, CliOutput &io)
     }
     const std::string head = "tarnwickmp4-cli run: ";
     ScanSession session;
-    core::CTarnwickData &data = session.data;
+    const core::CTarnwickData &data = session.data;
     status = OpenForJob(ScanKind::Run, parsed, session, io);
     if (status == kExitStopped) {
         KeepStoppedOpening(parsed, session);
@@ -270,7 +268,7 @@ int RunRun(const std::vector<std::string> &args, CliOutput &io)
         PrintTable(data, true, io.out);
         PrintDefaultNote(outcome, data, io.out);
     }
-    const bool saved = SaveAfterJob(head, data, io.err);
+    const bool saved = SaveAfterJob(head, session.Tab(), io.err);
     if (parsed.json) {
         nlohmann::ordered_json root = ScenesJson(parsed.video, data, outcome.defaultScene, true);
         root["project"] = saved ? nlohmann::ordered_json(data.project_file) : nullptr;

@@ -15,7 +15,8 @@ int ScanInFolder(const ScanArgs &parsed, const std::string &folder, CliOutput &i
 {
     ScanSession session;
     workspace::CTarnwickTabScene &tab = session.Tab();
-    session.data.output_folder = folder; // working file and frame times go there too
+    // The working file and frame times go there too.
+    tab.PresetOutputNames(folder, session.data.output_name);
     AnalysisOutcome analysis = session.OpenVideoToExtract(parsed.video);
     int status = ReportAnalysisFailure("scan", parsed.video, analysis, session, io.err);
     if (status >= 0) {

@@ -121,7 +121,7 @@ int RunStill(const std::vector<std::string> &args, CliOutput &io)
     workspace::CTarnwickTabScene &tab = session.Tab();
     if (parsed.project.empty()) {
         // A new project for the video names the folder the still goes to.
-        core::DeriveProjectNames(session.data, video);
+        tab.PlanProjectNames(video, true);
     } else if (tab.OpenProject(std::filesystem::absolute(parsed.project).string(), true) != 0 &&
                session.data.diff_list.empty()) {
         io.err << head << parsed.project << ": the project could not be opened\n";

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
+#include <utility>
 
 #include "cli/arg_problems.h"
 #include "core/helpers.h"
@@ -257,15 +258,14 @@ std::string ProjectOptionsHelp(unsigned groups)
 
 void ApplyNames(workspace::CTarnwickTabScene &tab, const ProjectOptions &options)
 {
-    core::CTarnwickData &data = tab.Data();
+    const core::CTarnwickData &data = std::as_const(tab).Data();
+    std::string folder = data.output_folder;
     if (!options.outputFolder.empty()) {
         // Resolved once here: the folder is named, locked and compared by its real path.
-        std::string folder = core::RealPath(options.outputFolder);
-        data.output_folder = core::SetTrailingSeparator(folder, true);
+        folder = core::SetTrailingSeparator(core::RealPath(options.outputFolder), true);
     }
-    if (!options.outputName.empty()) {
-        data.output_name = options.outputName;
-    }
+    tab.PresetOutputNames(folder,
+                          options.outputName.empty() ? data.output_name : options.outputName);
 }
 
 void ApplyValues(workspace::CTarnwickTabScene &tab, const ProjectOptions &options)
@@ -281,20 +281,19 @@ void ApplyValues(workspace::CTarnwickTabScene &tab, const ProjectOptions &option
     if (options.cinemaScope) {
         tab.SetCinemaScope(*options.cinemaScope);
     }
-    core::CTarnwickData &data = tab.Data();
     if (options.title) {
         // After the opening, which gives a new project whose title is empty the default title:
         // an empty title given means no title, in a new project as in a saved one.
-        data.capTitle.caption = *options.title;
+        tab.SetTitleText(*options.title);
     }
     if (options.noWatermark) {
-        data.capWatermark.caption.clear();
+        tab.RemoveWatermark();
     }
     if (options.preset) {
-        data.nEncodePreset = *options.preset;
+        tab.SetEncodePreset(*options.preset);
     }
     if (options.cuda) {
-        data.bUseCuda = 1;
+        tab.SetUseCuda(true);
     }
     tab.SaveProject(false);
 }

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <iomanip>
 #include <ostream>
+#include <utility>
 
 #include <nlohmann/json.hpp>
 
@@ -89,7 +90,7 @@ unsigned OptionGroups(ScanKind kind)
 
 ScanSession::ScanSession()
     : m_bench(m_view, m_mergeView)
-    , data(m_bench.Scene().Data())
+    , data(std::as_const(m_bench.Scene()).Data())
 {
     m_stop = std::make_unique<SignalStop>([this] {
         Tab().RequestStop();

@@ -131,7 +131,8 @@ private:
     std::unique_ptr<SignalStop> m_stop; // from the start: a still or a check may run any time
 
 public:
-    core::CTarnwickData &data; // the tab's project
+    // The tab's project, to read: every change goes through a command of the tab.
+    const core::CTarnwickData &data;
 };
 
 // What extract and run do before their job: the project's names planned from the options and

@@ -152,7 +152,11 @@ int CTarnwickProcess::RunPlayerLoop(
         args.ss = ss;
         args.file = file;
         args.t = t;
-        args.play_vol = pData->play_vol;
+        {
+            // The volume may change while the player runs (the tab restarts it then).
+            std::lock_guard<std::mutex> lock(pData->sceneLock.m);
+            args.play_vol = pData->play_vol;
+        }
         args.chain = PictureChain(*this, bVf, true, false, false, -1);
         const std::string command = BuildPlayerCommand(args);
         if (!CommandCarriesPaths(function, __LINE__, command, {file})) {

@@ -125,6 +125,17 @@ public:
     // ffprobe's whole output for file (its error lines when it cannot read it); blocks.
     std::string ProbeText(const std::string &file);
 
+    // ---- Settings a job takes at its start ----
+    // The volume bar (0 to 100): play_vol stored; a running playback starts again with it, as
+    // the player takes its volume only when it starts.
+    void SetVolume(int nValue);
+    // The encoder preset (0 best picture, 1, 2 smallest file) and the hardware path of the
+    // tab's jobs; each job copies them at its start. The host sets both tabs alike.
+    void SetEncodePreset(int nPreset);
+    void SetUseCuda(bool bOn);
+    // The project saved as it goes (after every change and job), as the settings say.
+    void SetAutoSave(bool bOn);
+
     // ---- The list ----
     virtual void SelectRow(int nRow, int nColumn) = 0;
     // Row drag: a row taken (not while a render job runs), carried over the list (the rows

@@ -297,19 +297,22 @@ int CTarnwickTabScene::OpenProjectList(const std::string &given)
     return 0;
 }
 
-void CTarnwickTabScene::SaveProject(bool bForce)
+bool CTarnwickTabScene::SaveProject(bool bForce)
 {
     if (m_Data.bAutoSave == 0 && !bForce) {
-        return;
+        return true;
     }
     std::string path = m_Data.project_file;
     if (path.empty()) {
         if (m_Data.input_file.empty()) {
-            return;
+            return true;
         }
         path = m_Data.input_file + ".twproj";
     }
-    m_Data.SaveProjectFile(path); // the result is not looked at here: the next save tries again
+    // A failure says nothing here: the next save tries again, and a caller that must know
+    // reads LastSaveError.
+    m_saveError.clear();
+    return m_Data.SaveProjectFile(path, &m_saveError);
 }
 
 bool CTarnwickTabScene::SaveProjectAs(const std::string &path)

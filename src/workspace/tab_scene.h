@@ -82,7 +82,9 @@ public:
     {
         m_openNotice = std::move(notice);
     }
-    void SaveProject(bool bForce);
+    // Writes the project (see bAutoSave); false, with the reason in LastSaveError, when the
+    // file could not be written. True when nothing was to be written.
+    bool SaveProject(bool bForce);
     // Save as: false when the file could not be written (project_file keeps its value), with
     // the reason in LastSaveError.
     bool SaveProjectAs(const std::string &path);
@@ -93,6 +95,16 @@ public:
     void ChangeOutputFolder(const std::string &oldFolder, const std::string &newFolder);
     // Dropped files: the first that can be read counts.
     void DropFiles(const std::vector<std::string> &paths);
+    // The names a project for video takes (project file, output folder and film's name where
+    // not set yet, frame times file, default title where empty), set before the video is
+    // opened so that they can be checked and locked first; the open keeps them. input_file
+    // names video with bNameInput (a still of the video shown without opening it), else it
+    // stays empty for the open to set.
+    void PlanProjectNames(const std::string &video, bool bNameInput);
+    // The output folder and the film's name the next open takes, set before it and as given
+    // (the folder with its trailing separator): nothing moves and nothing opens again, as
+    // ChangeOutputNames does for a project that is open.
+    void PresetOutputNames(const std::string &folder, const std::string &name);
 
     // ---- Commands of the controls ----
     void BrowseInput();
@@ -174,6 +186,11 @@ public:
     FontChoice FontDialogSeed() const { return m_captions.FontDialogSeed(); }
     void ResetCaptions();
     void AutoCaptions();
+    // The title's text exactly as given (a command line's text is its text: not trimmed);
+    // empty means no title. The caption boxes follow; the project is saved.
+    void SetTitleText(const std::string &text);
+    // No watermark in the film: its text emptied, the boxes following; the project is saved.
+    void RemoveWatermark();
     const CaptionEditor &Captions() const { return m_captions; }
 
     void OnInputAnalysed(bool bKeepSelection) override;
