@@ -161,11 +161,11 @@ const std::locale &FilledLocale()
 
 } // namespace
 
-std::regex CompilePattern(const char *pattern)
+std::regex CompilePattern(const char *pattern, std::regex::flag_type flags)
 {
     std::regex compiled;
     compiled.imbue(FilledLocale());
-    compiled.assign(pattern, std::regex::ECMAScript);
+    compiled.assign(pattern, flags);
     return compiled;
 }
 

@@ -32,6 +32,7 @@ std::string StripFadeTag(const std::string &text);
 // ctype<char>::narrow fills a cache entry the first time it meets a character, and the pattern
 // compiler calls it, so two threads compiling at once would both write that cache. Every
 // pattern that a worker, pool or preview thread may compile goes through here.
-std::regex CompilePattern(const char *pattern);
+std::regex CompilePattern(const char *pattern,
+                          std::regex::flag_type flags = std::regex::ECMAScript);
 
 } // namespace core

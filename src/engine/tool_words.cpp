@@ -4,6 +4,8 @@
 #include <regex>
 #include <vector>
 
+#include "core/helpers.h"
+
 namespace engine {
 namespace {
 
@@ -30,7 +32,7 @@ std::vector<std::string> LinesOf(const std::string &text)
 // "[mp4 @ 0x55d0c0] " and trailing spaces or dashes away.
 std::string Trimmed(const std::string &line)
 {
-    static const std::regex kContext(R"(^\[[^\]]*@ 0x[0-9a-fA-F]+\] )");
+    static const std::regex kContext = core::CompilePattern(R"(^\[[^\]]*@ 0x[0-9a-fA-F]+\] )");
     std::string text = std::regex_replace(line, kContext, "");
     while (!text.empty() && (text.back() == ' ' || text.back() == '-')) {
         text.pop_back();
@@ -43,9 +45,10 @@ std::string Trimmed(const std::string &line)
 std::string ToolWords(const std::string &output)
 {
     // strerror's texts: ": No space left on device", ": Permission denied", ...
-    static const std::regex kSystemError(R"(: [A-Z][a-z]+( [a-z]+)*$)");
-    static const std::regex kTrouble(R"((error|fail|could not|cannot|invalid|unable|no such))",
-                                     std::regex::icase);
+    static const std::regex kSystemError = core::CompilePattern(R"(: [A-Z][a-z]+( [a-z]+)*$)");
+    static const std::regex kTrouble =
+        core::CompilePattern(R"((error|fail|could not|cannot|invalid|unable|no such))",
+                             std::regex::ECMAScript | std::regex::icase);
     std::string systemError;
     std::string trouble;
     for (const std::string &line : LinesOf(output)) {

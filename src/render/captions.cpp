@@ -389,7 +389,7 @@ std::string WithCrLf(const std::string &text)
 // title; 0 when text does not begin with one.
 size_t LeadingFadeLength(const std::string &text)
 {
-    static const std::regex kLeadingFade(R"(^\{\\fad\(\d+,\d+\)\})");
+    static const std::regex kLeadingFade = core::CompilePattern(R"(^\{\\fad\(\d+,\d+\)\})");
     std::smatch match;
     if (!std::regex_search(text, match, kLeadingFade)) {
         return 0;

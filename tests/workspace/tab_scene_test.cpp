@@ -396,6 +396,21 @@ TEST(SceneTab, EditingAFrameCellMovesTheSceneWithinItsBounds)
     EXPECT_EQ(rig.view.rows[1].columns[1], "90");
 }
 
+TEST(SceneTab, CellEditSentTwiceByEnterAndThenLeavingTheFieldIsTakenOnce)
+{
+    SceneRig rig;
+    FillScenes(rig.tab.Data(), {{0, 89}, {150, 239}});
+    rig.tab.SelectRow(1, 1);
+    ASSERT_TRUE(rig.tab.CellEditOpen());
+    // Enter sends the text, and leaving the field sends it again: the second is no edit.
+    rig.tab.OnCellEdited("100");
+    const std::vector<std::string> after = rig.view.rows[1].columns;
+    rig.tab.OnCellEdited("100");
+    EXPECT_EQ(rig.view.rows[1].columns, after);
+    EXPECT_EQ(rig.tab.Data().diff_list[1].framNo_first, 100);
+    EXPECT_EQ(rig.tab.Data().diff_list.size(), 2u);
+}
+
 TEST(SceneTab, PrimariesToggleReachesTheProjectAndTheFields)
 {
     SceneRig rig;
