@@ -158,6 +158,9 @@ TEST(MainWindowJobs, ClosingDuringAnExtractionAsksStopsAndKeepsTheFinishedScenes
     EXPECT_EQ(nAsked, 2);
     EXPECT_FALSE(window.isVisible());
     EXPECT_FALSE(scene.IsJobRunning());
+    // The still of the last scene found may still be drawn on the preview thread for a moment
+    // after the stop; then no tool is left.
+    apptest::RunEventsUntil([&] { return testsupport::CountProcessesWith(clip) == 0; }, 10);
     EXPECT_EQ(testsupport::CountProcessesWith(clip), 0);
     // The scenes found before the stop are in the saved project, and every segment left is a
     // whole one of those scenes (a cut or check the stop interrupted leaves none).
