@@ -320,23 +320,22 @@ HostResult HostModel::Reload()
 
 HostResult HostModel::ToggleSaveAutomatically()
 {
-    if (m_bShutDown) {
-        return HostResult::Refused;
-    }
-    Scene().Data().bAutoSave = Scene().Data().bAutoSave != 0 ? 0 : 1;
-    Merge().Data().bAutoSave = Scene().Data().bAutoSave;
-    SaveSettings();
-    PublishMenu();
-    return HostResult::Done;
+    return ToggleSwitch(&core::CTarnwickData::bAutoSave);
 }
 
 HostResult HostModel::ToggleReopenLast()
 {
+    return ToggleSwitch(&core::CTarnwickData::bReopenLast);
+}
+
+HostResult HostModel::ToggleSwitch(int core::CTarnwickData::*field)
+{
+    // A switch of the settings menu: flipped on the scene tab, copied to the merge tab, saved.
     if (m_bShutDown) {
         return HostResult::Refused;
     }
-    Scene().Data().bReopenLast = Scene().Data().bReopenLast != 0 ? 0 : 1;
-    Merge().Data().bReopenLast = Scene().Data().bReopenLast;
+    Scene().Data().*field = Scene().Data().*field != 0 ? 0 : 1;
+    Merge().Data().*field = Scene().Data().*field;
     SaveSettings();
     PublishMenu();
     return HostResult::Done;

@@ -171,6 +171,7 @@ public:
     void Shutdown();
 
 private:
+    HostResult ToggleSwitch(int core::CTarnwickData::*field);
     HostResult Reload();
     void OnProjectOpened(const std::string &projectFile);
     void PublishMenu();
