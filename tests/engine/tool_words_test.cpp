@@ -36,9 +36,9 @@ TEST(ToolWords, FileThatCannotBeOpenedIsNamedWithItsReason)
 TEST(ToolWords, WithoutASystemErrorTheLastLineOfTroubleCounts)
 {
     const std::string output = "frame=   10 fps=0.0 q=2.0 size=  1kB time=00:00:00.40\r"
-                               "Invalid duration specification for t: -0.4\n"
+                               "Error while opening encoder for output stream #0:0\n"
                                "Conversion failed!\n";
-    EXPECT_EQ(ToolWords(output), "Invalid duration specification for t: -0.4");
+    EXPECT_EQ(ToolWords(output), "Error while opening encoder for output stream #0:0");
 }
 
 TEST(ToolWords, OutputWithoutTroubleGivesNothing)
